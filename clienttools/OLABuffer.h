@@ -1,0 +1,58 @@
+// OLABuffer: the growable byte buffer under every document; wiped before it is freed.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+class OLABuffer {
+ public:
+  // Result codes.
+  static constexpr int32_t kOk = 0;
+  static constexpr int32_t kTooLarge = -9996;     // would pass MaxSize or the end of the content
+  static constexpr int32_t kGrowthFailed = -9997;
+  static constexpr int32_t kNoData = -9998;
+
+  // Allocates `initialSize` bytes (the growth step, or 512, when 0). A growth step of 0 means 512.
+  explicit OLABuffer(uint64_t initialSize = 0, uint64_t growthStep = 0);
+  OLABuffer(const OLABuffer&) = delete;
+  OLABuffer& operator=(const OLABuffer&) = delete;
+  virtual ~OLABuffer();
+
+  virtual uint64_t MaxSize() const { return 4000000000ULL; }
+
+  // Writes at the position; position and length then both mark the end of what was written.
+  int32_t Append(const void* bytes, size_t count);
+  // As Append, in pieces of at most 16384 bytes.
+  int32_t AppendLarge(const void* bytes, size_t count);
+  int32_t AppendChar(char c);
+  int32_t AppendString(const char* text);
+
+  const char* GetData() const { return data_; }
+  uint32_t GetLength() const { return length_; }
+  uint32_t GetPosition() const { return position_; }
+  uint64_t GetCapacity() const { return capacity_; }
+
+  // Makes room for `total` bytes in all.
+  int32_t Reserve(uint64_t total);
+  // Appends `count` bytes of this buffer's content, from `start`, to `target`.
+  int32_t CopyRange(OLABuffer& target, uint32_t start, uint32_t count) const;
+  // Copies `count` bytes from the position onward and advances the position.
+  int32_t Read(void* out, uint32_t count);
+  // Refused beyond the length.
+  int32_t SetPosition(uint32_t position);
+  // Sets the length; 0 means: to the position. Refused beyond the capacity.
+  int32_t SetLength(uint32_t length);
+  // Overwrites the content with `fill` and empties the buffer.
+  void Clear(char fill);
+  bool Equals(const OLABuffer& other) const;
+
+ private:
+  // Room for `needed` bytes in all; grows geometrically so that appends stay linear.
+  int32_t EnsureCapacity(uint64_t needed);
+
+  char* data_ = nullptr;
+  uint64_t capacity_ = 0;
+  uint64_t growthStep_ = 0;
+  uint32_t length_ = 0;
+  uint32_t position_ = 0;
+};

@@ -1,0 +1,184 @@
+// Code-page conversion. Off Windows, the Windows-1252 table is taken once from iconv, and the
+// conversions themselves are table-driven with an ASCII fast path; iconv's transliteration is
+// asked only for characters outside the code page.
+#include "platform/CodePage.h"
+
+#include <climits>
+#include <cstring>
+#include <new>
+
+#ifdef _WIN32
+
+namespace parcelon {
+
+bool WideToAnsi(const OLECHAR* text, size_t length, std::string& out) {
+  if (length == 0) return true;
+  if (length > size_t(INT_MAX)) return false;
+  const int needed = WideCharToMultiByte(CP_THREAD_ACP, 0, reinterpret_cast<LPCWCH>(text),
+                                         int(length), nullptr, 0, nullptr, nullptr);
+  if (needed <= 0) return false;
+  const size_t start = out.size();
+  try {
+    out.resize(start + size_t(needed));
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  WideCharToMultiByte(CP_THREAD_ACP, 0, reinterpret_cast<LPCWCH>(text), int(length), &out[start],
+                      needed, nullptr, nullptr);
+  return true;
+}
+
+HRESULT AnsiToBstr(const char* bytes, size_t count, BSTR* out) {
+  *out = nullptr;
+  if (count == 0) return S_OK;
+  if (count > size_t(INT_MAX)) return E_INVALIDARG;
+  const int needed = MultiByteToWideChar(CP_THREAD_ACP, 0, bytes, int(count), nullptr, 0);
+  if (needed <= 0) return E_OUTOFMEMORY;
+  BSTR result = SysAllocStringLen(nullptr, UINT(needed));
+  if (!result) return E_OUTOFMEMORY;
+  if (MultiByteToWideChar(CP_THREAD_ACP, 0, bytes, int(count), result, needed) != needed) {
+    SysFreeString(result);
+    return E_OUTOFMEMORY;
+  }
+  *out = result;
+  return S_OK;
+}
+
+}  // namespace parcelon
+
+#else  // !_WIN32
+
+#include <iconv.h>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace parcelon {
+
+namespace {
+
+constexpr const char* kAnsiCodePage = "WINDOWS-1252";
+
+struct Cp1252Table {
+  char16_t toWide[256];
+  Cp1252Table() {
+    for (int b = 0; b < 256; ++b) toWide[b] = char16_t(b);
+    iconv_t cd = iconv_open("UTF-16LE", kAnsiCodePage);
+    if (cd == iconv_t(-1)) return;
+    // Bytes the code page leaves undefined keep their own value, as MultiByteToWideChar does.
+    for (int b = 0x80; b < 256; ++b) {
+      char in = char(b);
+      unsigned char outBytes[4];
+      char* inPtr = &in;
+      char* outPtr = reinterpret_cast<char*>(outBytes);
+      size_t inLeft = 1, outLeft = sizeof outBytes;
+      if (iconv(cd, &inPtr, &inLeft, &outPtr, &outLeft) != size_t(-1) && outLeft == 2)
+        toWide[b] = char16_t(outBytes[0] | outBytes[1] << 8);
+      iconv(cd, nullptr, nullptr, nullptr, nullptr);
+    }
+    iconv_close(cd);
+  }
+};
+
+const Cp1252Table& Table() {
+  static const Cp1252Table table;
+  return table;
+}
+
+// One transliterating converter per thread (an iconv descriptor is not thread-safe).
+class Transliterator {
+ public:
+  Transliterator() : cd_(iconv_open((std::string(kAnsiCodePage) + "//TRANSLIT").c_str(), "UTF-16LE")) {}
+  ~Transliterator() {
+    if (cd_ != iconv_t(-1)) iconv_close(cd_);
+  }
+  // Best-fit byte for one character (one or two UTF-16 units), '?' when there is none.
+  char BestFit(const char16_t* unit, size_t units) {
+    if (cd_ == iconv_t(-1)) return '?';
+    unsigned char in[4];
+    for (size_t i = 0; i < units; ++i) {
+      in[2 * i] = uint8_t(unit[i]);
+      in[2 * i + 1] = uint8_t(unit[i] >> 8);
+    }
+    char outBytes[8];
+    char* inPtr = reinterpret_cast<char*>(in);
+    char* outPtr = outBytes;
+    size_t inLeft = 2 * units, outLeft = sizeof outBytes;
+    const size_t rc = iconv(cd_, &inPtr, &inLeft, &outPtr, &outLeft);
+    iconv(cd_, nullptr, nullptr, nullptr, nullptr);
+    // Only a one-byte replacement keeps the one-character-per-character shape of the page.
+    if (rc == size_t(-1) || sizeof outBytes - outLeft != 1) return '?';
+    return outBytes[0];
+  }
+
+ private:
+  iconv_t cd_;
+};
+
+char NarrowOne(const char16_t* text, size_t remaining, size_t& consumed) {
+  const char16_t c = text[0];
+  consumed = 1;
+  if (c < 0x80) return char(c);
+  const Cp1252Table& table = Table();
+  if (c <= 0xFF && table.toWide[c] == c) return char(c);
+  for (int b = 0x80; b < 0xA0; ++b)
+    if (table.toWide[b] == c) return char(b);
+  if (c >= 0xD800 && c <= 0xDBFF && remaining > 1 && text[1] >= 0xDC00 && text[1] <= 0xDFFF)
+    consumed = 2;
+  thread_local Transliterator transliterator;
+  return transliterator.BestFit(text, consumed);
+}
+
+}  // namespace
+
+bool WideToAnsi(const OLECHAR* text, size_t length, std::string& out) {
+  if (length == 0) return true;
+  const size_t start = out.size();
+  try {
+    out.resize(start + length);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  char* dst = &out[start];
+  size_t i = 0, written = 0;
+  while (i < length) {
+    size_t consumed;
+    dst[written++] = NarrowOne(text + i, length - i, consumed);
+    i += consumed;
+  }
+  out.resize(start + written);
+  return true;
+}
+
+HRESULT AnsiToBstr(const char* bytes, size_t count, BSTR* out) {
+  *out = nullptr;
+  if (count == 0) return S_OK;
+  if (count > size_t(INT32_MAX) / sizeof(OLECHAR) - 4) return E_INVALIDARG;
+  BSTR result = SysAllocStringLen(nullptr, UINT(count));
+  if (!result) return E_OUTOFMEMORY;
+  const auto* src = reinterpret_cast<const unsigned char*>(bytes);
+  char16_t* dst = result;
+  size_t i = 0;
+#if defined(__SSE2__)
+  // Sixteen ASCII bytes at a time: widening with zero is the whole conversion.
+  const __m128i zero = _mm_setzero_si128();
+  for (; i + 16 <= count; i += 16) {
+    const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i));
+    if (_mm_movemask_epi8(chunk) != 0) {
+      const char16_t* table = Table().toWide;
+      for (size_t j = i; j < i + 16; ++j) dst[j] = table[src[j]];
+      continue;
+    }
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i), _mm_unpacklo_epi8(chunk, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i + 8), _mm_unpackhi_epi8(chunk, zero));
+  }
+#endif
+  const char16_t* table = Table().toWide;
+  for (; i < count; ++i) dst[i] = table[src[i]];
+  *out = result;
+  return S_OK;
+}
+
+}  // namespace parcelon
+
+#endif  // _WIN32
