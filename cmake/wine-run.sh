@@ -1,15 +1,15 @@
 #!/bin/sh
-# Runs a Windows test executable under Wine, in a prefix inside the build folder. The prefix is
-# primed once with its standard streams detached, so that the services Wine starts do not
-# inherit CTest's pipes.
+# Runs a Windows test executable under Wine, in a prefix inside the build folder.
+# The Wine server and the services that wineboot starts are launched with their standard streams
+# detached and kept alive between tests, so that they never hold CTest's pipes open.
 exe="$1"
 build_dir=$(cd "$(dirname "$exe")" && while [ ! -f CMakeCache.txt ] && [ "$PWD" != / ]; do cd ..; done; pwd)
 export WINEPREFIX="${PARCELON_WINEPREFIX:-$build_dir/wineprefix}"
 export WINEDEBUG=-all
 export WINEDLLOVERRIDES="mscoree,mshtml="
+mkdir -p "$WINEPREFIX"
+wineserver -p 300 </dev/null >/dev/null 2>&1
 if [ ! -f "$WINEPREFIX/system.reg" ]; then
-  mkdir -p "$WINEPREFIX"
   wine wineboot </dev/null >/dev/null 2>&1
-  wineserver -w </dev/null >/dev/null 2>&1
 fi
 exec wine "$@"
