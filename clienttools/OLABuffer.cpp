@@ -39,13 +39,8 @@ int32_t OLABuffer::EnsureCapacity(uint64_t needed) {
   if (needed > MaxSize()) return kTooLarge;
   const uint64_t shortfall = needed - std::min(needed, capacity_);
   const uint64_t grown = std::min(MaxSize(), capacity_ + std::max({growthStep_, shortfall, capacity_}));
-  // A fresh block and a wiped old one, rather than realloc, so no copy of the text is left in
-  // freed memory.
-  auto* fresh = static_cast<char*>(std::malloc(size_t(grown)));
-  if (!fresh) return kGrowthFailed;
-  if (data_) std::memcpy(fresh, data_, length_);
-  Wipe(data_, capacity_);
-  std::free(data_);
+  auto* fresh = static_cast<char*>(std::realloc(data_, size_t(grown)));
+  if (!fresh) return growthStep_ ? kGrowthFailed : kTooLarge;
   data_ = fresh;
   capacity_ = grown;
   return kOk;
@@ -58,8 +53,14 @@ int32_t OLABuffer::Append(const void* bytes, size_t count) {
   if (!bytes) return kNoData;
   const uint64_t end = uint64_t(position_) + count;
   if (end > MaxSize()) return kTooLarge;
+  // The bytes may be part of this buffer (CopyRange into itself), and growth moves the block:
+  // keep their offset, not their address.
+  const auto source = reinterpret_cast<uintptr_t>(bytes);
+  const auto block = reinterpret_cast<uintptr_t>(data_);
+  const bool inside = data_ && source >= block && source < block + capacity_;
   if (const int32_t rc = EnsureCapacity(end); rc != kOk) return rc;
-  std::memcpy(data_ + position_, bytes, count);
+  const char* from = inside ? data_ + (source - block) : static_cast<const char*>(bytes);
+  std::memmove(data_ + position_, from, count);
   position_ = uint32_t(end);
   length_ = position_;
   return kOk;

@@ -27,6 +27,18 @@ class OLABuffer {
   int32_t AppendChar(char c);
   int32_t AppendString(const char* text);
 
+  // Room for `count` more bytes at the position, for a writer that fills it directly and then
+  // calls CommitTail with what it wrote; null when the room cannot be made.
+  char* ReserveTail(size_t count) {
+    const uint64_t end = uint64_t(position_) + count;
+    if (end > capacity_ && EnsureCapacity(end) != kOk) return nullptr;
+    return data_ + position_;
+  }
+  void CommitTail(size_t count) {
+    position_ = uint32_t(position_ + count);
+    length_ = position_;
+  }
+
   const char* GetData() const { return data_; }
   uint32_t GetLength() const { return length_; }
   uint32_t GetPosition() const { return position_; }

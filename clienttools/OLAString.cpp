@@ -249,12 +249,17 @@ bool OLAString::WrapInCData() {
     cdata_ = 1;
     return true;
   }
+  // Near the bound the text gives way, never the closing marker: a section without its end
+  // would swallow the rest of the document.
+  constexpr size_t kRoom = size_t(kMaxChars) - kCDataOpenLength - 3;
+  const bool fits = size_t(length_) <= kRoom;
+  const size_t kept = fits ? size_t(length_) : kRoom;
   std::string wrapped;
-  wrapped.reserve(size_t(length_) + kCDataOpenLength + 3);
-  wrapped.append(kCDataOpen).append(GetText(), size_t(length_)).append("]]>");
+  wrapped.reserve(kept + kCDataOpenLength + 3);
+  wrapped.append(kCDataOpen).append(GetText(), kept).append("]]>");
   const bool ok = SetText(wrapped.data(), wrapped.size());
   cdata_ = 1;
-  return ok;
+  return ok && fits;
 }
 
 bool OLAString::UnwrapCData() {

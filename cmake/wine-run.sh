@@ -8,8 +8,7 @@ export WINEPREFIX="${PARCELON_WINEPREFIX:-$build_dir/wineprefix}"
 export WINEDEBUG=-all
 export WINEDLLOVERRIDES="mscoree,mshtml="
 mkdir -p "$WINEPREFIX"
+# Starts (or keeps) the server and the prefix's services; quick when they are already up.
 wineserver -p 300 </dev/null >/dev/null 2>&1
-if [ ! -f "$WINEPREFIX/system.reg" ]; then
-  wine wineboot </dev/null >/dev/null 2>&1
-fi
+wine wineboot </dev/null >/dev/null 2>&1
 exec wine "$@"

@@ -49,6 +49,7 @@ HRESULT AnsiToBstr(const char* bytes, size_t count, BSTR* out) {
 #else  // !_WIN32
 
 #include <iconv.h>
+#include <locale.h>
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -85,6 +86,16 @@ const Cp1252Table& Table() {
   return table;
 }
 
+// iconv transliterates by the calling thread's LC_CTYPE locale. The "C" locale knows few
+// replacements (no base letter for accented Latin letters); "C.UTF-8" comes much closer to the
+// best-fit table of WideCharToMultiByte (U+0100 -> 'A', U+0141 -> 'L', U+0107 -> 'c'). The
+// locale is switched for the calling thread only, around each conversion.
+locale_t TransliterationLocale() {
+  // Null when the locale is not installed; the thread's own locale is used then.
+  static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", locale_t(nullptr));
+  return locale;
+}
+
 // One transliterating converter per thread (an iconv descriptor is not thread-safe).
 class Transliterator {
  public:
@@ -92,21 +103,20 @@ class Transliterator {
   ~Transliterator() {
     if (cd_ != iconv_t(-1)) iconv_close(cd_);
   }
-  // Best-fit byte for one character (one or two UTF-16 units), '?' when there is none.
-  char BestFit(const char16_t* unit, size_t units) {
+  // Best-fit byte for one UTF-16 unit outside the page, '?' when there is none.
+  char BestFit(char16_t unit) {
     if (cd_ == iconv_t(-1)) return '?';
-    unsigned char in[4];
-    for (size_t i = 0; i < units; ++i) {
-      in[2 * i] = uint8_t(unit[i]);
-      in[2 * i + 1] = uint8_t(unit[i] >> 8);
-    }
+    unsigned char in[2] = {uint8_t(unit), uint8_t(unit >> 8)};
     char outBytes[8];
     char* inPtr = reinterpret_cast<char*>(in);
     char* outPtr = outBytes;
-    size_t inLeft = 2 * units, outLeft = sizeof outBytes;
+    size_t inLeft = sizeof in, outLeft = sizeof outBytes;
+    const locale_t locale = TransliterationLocale();
+    const locale_t previous = locale ? uselocale(locale) : locale_t(nullptr);
     const size_t rc = iconv(cd_, &inPtr, &inLeft, &outPtr, &outLeft);
     iconv(cd_, nullptr, nullptr, nullptr, nullptr);
-    // Only a one-byte replacement keeps the one-character-per-character shape of the page.
+    if (previous) uselocale(previous);
+    // Only a one-byte replacement keeps the one-byte-per-character shape of the page.
     if (rc == size_t(-1) || sizeof outBytes - outLeft != 1) return '?';
     return outBytes[0];
   }
@@ -115,18 +125,17 @@ class Transliterator {
   iconv_t cd_;
 };
 
-char NarrowOne(const char16_t* text, size_t remaining, size_t& consumed) {
-  const char16_t c = text[0];
-  consumed = 1;
+char NarrowOne(char16_t c) {
   if (c < 0x80) return char(c);
   const Cp1252Table& table = Table();
   if (c <= 0xFF && table.toWide[c] == c) return char(c);
   for (int b = 0x80; b < 0xA0; ++b)
     if (table.toWide[b] == c) return char(b);
-  if (c >= 0xD800 && c <= 0xDBFF && remaining > 1 && text[1] >= 0xDC00 && text[1] <= 0xDFFF)
-    consumed = 2;
+  // Each half of a surrogate pair becomes its own '?', as WideCharToMultiByte writes a
+  // character beyond U+FFFF for a single-byte code page.
+  if (c >= 0xD800 && c <= 0xDFFF) return '?';
   thread_local Transliterator transliterator;
-  return transliterator.BestFit(text, consumed);
+  return transliterator.BestFit(c);
 }
 
 }  // namespace
@@ -140,13 +149,7 @@ bool WideToAnsi(const OLECHAR* text, size_t length, std::string& out) {
     return false;
   }
   char* dst = &out[start];
-  size_t i = 0, written = 0;
-  while (i < length) {
-    size_t consumed;
-    dst[written++] = NarrowOne(text + i, length - i, consumed);
-    i += consumed;
-  }
-  out.resize(start + written);
+  for (size_t i = 0; i < length; ++i) dst[i] = NarrowOne(text[i]);
   return true;
 }
 

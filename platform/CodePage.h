@@ -10,8 +10,9 @@
 namespace parcelon {
 
 // Appends the ANSI form of `length` UTF-16 units to `out`. A character the code page lacks is
-// written as its best-fit equivalent where one is known, else as '?'; a surrogate pair counts as
-// one character. Returns false only when memory runs out.
+// written as its best-fit equivalent where one is known, else as '?'; each half of a surrogate
+// pair gives one '?', so the result has one byte per UTF-16 unit. Returns false only when memory
+// runs out.
 bool WideToAnsi(const OLECHAR* text, size_t length, std::string& out);
 
 // Converts `count` ANSI bytes into a new BSTR; zero bytes give a null BSTR. Returns E_INVALIDARG

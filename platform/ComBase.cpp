@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <cinttypes>
+#include <algorithm>
+#include <charconv>
 #include <climits>
 #include <cmath>
 #include <cstdio>
@@ -129,6 +131,9 @@ INT SysReAllocStringLen(BSTR* target, const OLECHAR* text, UINT length) {
   if (!target) return FALSE;
   BSTR fresh = SysAllocStringLen(text, length);
   if (!fresh) return FALSE;
+  // Without new text the old text stays, as far as it fits: the string is reallocated.
+  if (!text && *target)
+    std::memcpy(fresh, *target, sizeof(OLECHAR) * std::min<size_t>(length, SysStringLen(*target)));
   SysFreeString(*target);
   *target = fresh;
   return TRUE;
@@ -136,7 +141,13 @@ INT SysReAllocStringLen(BSTR* target, const OLECHAR* text, UINT length) {
 
 INT SysReAllocString(BSTR* target, const OLECHAR* text) {
   if (!target) return FALSE;
-  return SysReAllocStringLen(target, text, text ? UINT(OleLength(text)) : 0);
+  // No text gives no string, as SysAllocString(nullptr) does.
+  if (!text) {
+    SysFreeString(*target);
+    *target = nullptr;
+    return TRUE;
+  }
+  return SysReAllocStringLen(target, text, UINT(OleLength(text)));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -277,9 +288,79 @@ bool BstrToAscii(BSTR text, std::string& out) {
   return true;
 }
 
+bool IsBlankChar(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool IsDigitChar(char c) { return c >= '0' && c <= '9'; }
+
+// Reads a number as VariantChangeType accepts it from text, in the invariant form: blanks around
+// an optional sign, digits with an optional fraction, an optional exponent. Hexadecimal, "inf"
+// and "nan" are not numbers. Integers are read exactly (VT_I8, or VT_UI8 above INT64_MAX);
+// anything else becomes a VT_R8. `beyond64Bits` tells an integer that no 64-bit type holds, whose
+// double might round back into range.
+HRESULT ParseNumber(const std::string& text, VARIANT& out, bool& beyond64Bits) {
+  beyond64Bits = false;
+  size_t begin = 0, end = text.size();
+  while (begin < end && IsBlankChar(text[begin])) ++begin;
+  while (end > begin && IsBlankChar(text[end - 1])) --end;
+  const std::string number = text.substr(begin, end - begin);
+  size_t i = 0;
+  if (i < number.size() && (number[i] == '+' || number[i] == '-')) ++i;
+  const size_t unsignedStart = i;
+  size_t digits = 0;
+  bool integer = true;
+  for (; i < number.size() && IsDigitChar(number[i]); ++i) ++digits;
+  if (i < number.size() && number[i] == '.') {
+    integer = false;
+    for (++i; i < number.size() && IsDigitChar(number[i]); ++i) ++digits;
+  }
+  if (digits == 0) return DISP_E_TYPEMISMATCH;
+  if (i < number.size() && (number[i] == 'e' || number[i] == 'E')) {
+    integer = false;
+    ++i;
+    if (i < number.size() && (number[i] == '+' || number[i] == '-')) ++i;
+    const size_t exponentStart = i;
+    while (i < number.size() && IsDigitChar(number[i])) ++i;
+    if (i == exponentStart) return DISP_E_TYPEMISMATCH;
+  }
+  if (i != number.size()) return DISP_E_TYPEMISMATCH;
+
+  VariantInit(&out);
+  const char* last = number.data() + number.size();
+  if (integer) {
+    const bool negative = number[0] == '-';
+    const char* digitsStart = number.data() + unsignedStart;
+    uint64_t magnitude = 0;
+    const auto parsed = std::from_chars(digitsStart, last, magnitude);
+    if (parsed.ec == std::errc() && !negative) {
+      if (magnitude <= uint64_t(INT64_MAX)) {
+        out.vt = VT_I8;
+        out.llVal = int64_t(magnitude);
+      } else {
+        out.vt = VT_UI8;
+        out.ullVal = magnitude;
+      }
+      return S_OK;
+    }
+    if (parsed.ec == std::errc() && magnitude <= uint64_t(INT64_MAX) + 1) {
+      out.vt = VT_I8;
+      out.llVal = int64_t(0 - magnitude);
+      return S_OK;
+    }
+    beyond64Bits = true;
+  }
+  const double value = std::strtod(number.c_str(), nullptr);
+  // Overflow gives an infinite value; underflow gives zero or a denormal and is no error.
+  if (!std::isfinite(value)) return DISP_E_OVERFLOW;
+  out.vt = VT_R8;
+  out.dblVal = value;
+  return S_OK;
+}
+
+// VARIANT_ALPHABOOL: a VT_BOOL becomes "True" or "False" instead of "-1" or "0".
+constexpr USHORT kAlphaBool = 0x2;
+
 }  // namespace
 
-HRESULT VariantChangeType(VARIANT* dest, const VARIANT* src, USHORT /*flags*/, VARTYPE vt) {
+HRESULT VariantChangeType(VARIANT* dest, const VARIANT* src, USHORT flags, VARTYPE vt) {
   if (!dest || !src) return E_INVALIDARG;
   VARIANT result;
   VariantInit(&result);
@@ -303,7 +384,7 @@ HRESULT VariantChangeType(VARIANT* dest, const VARIANT* src, USHORT /*flags*/, V
   } else if (IsIntegral(src->vt) && ReadIntegral(*src, i, huge)) {
     if (vt == VT_BSTR) {
       char text[32];
-      if (src->vt == VT_BOOL)
+      if (src->vt == VT_BOOL && (flags & kAlphaBool))
         std::snprintf(text, sizeof text, "%s", i ? "True" : "False");
       else if (huge)
         std::snprintf(text, sizeof text, "%" PRIu64, uint64_t(i));
@@ -319,7 +400,11 @@ HRESULT VariantChangeType(VARIANT* dest, const VARIANT* src, USHORT /*flags*/, V
   } else if (ReadDouble(*src, d)) {
     if (vt == VT_BSTR) {
       char text[40];
-      std::snprintf(text, sizeof text, "%.15g", d);
+      // Fifteen significant digits for a double, seven for a float, capital exponent.
+      if (src->vt == VT_R4)
+        std::snprintf(text, sizeof text, "%.7G", d);
+      else
+        std::snprintf(text, sizeof text, "%.15G", d);
       result.vt = VT_BSTR;
       result.bstrVal = AsciiToBstr(text);
       if (!result.bstrVal) return E_OUTOFMEMORY;
@@ -338,20 +423,12 @@ HRESULT VariantChangeType(VARIANT* dest, const VARIANT* src, USHORT /*flags*/, V
   } else if (src->vt == VT_BSTR) {
     std::string text;
     if (!BstrToAscii(src->bstrVal, text)) return DISP_E_TYPEMISMATCH;
-    const char* begin = text.c_str();
-    while (*begin == ' ') ++begin;
-    if (*begin == '\0') return DISP_E_TYPEMISMATCH;
-    char* end = nullptr;
-    errno = 0;
-    const double parsed = std::strtod(begin, &end);
-    while (end && *end == ' ') ++end;
-    if (!end || *end != '\0') return DISP_E_TYPEMISMATCH;
-    if (errno == ERANGE || !std::isfinite(parsed)) return DISP_E_OVERFLOW;
-    VARIANT asDouble;
-    VariantInit(&asDouble);
-    asDouble.vt = VT_R8;
-    asDouble.dblVal = parsed;
-    return VariantChangeType(dest, &asDouble, 0, vt);
+    VARIANT number;
+    bool beyond64Bits;
+    const HRESULT hr = ParseNumber(text, number, beyond64Bits);
+    if (FAILED(hr)) return hr;
+    if (beyond64Bits && IsIntegral(vt) && vt != VT_BOOL) return DISP_E_OVERFLOW;
+    return VariantChangeType(dest, &number, flags, vt);
   } else {
     return DISP_E_TYPEMISMATCH;
   }
@@ -364,7 +441,12 @@ HRESULT VariantChangeType(VARIANT* dest, const VARIANT* src, USHORT /*flags*/, V
 // GUID text in OLECHAR form
 
 HRESULT CLSIDFromString(LPCOLESTR text, CLSID* clsid) {
-  if (!text || !clsid) return E_INVALIDARG;
+  if (!clsid) return E_INVALIDARG;
+  // No text names the null class.
+  if (!text) {
+    *clsid = GUID_NULL;
+    return S_OK;
+  }
   char narrow[40];
   size_t n = 0;
   for (; text[n] && n < sizeof narrow - 1; ++n) {

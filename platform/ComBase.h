@@ -108,11 +108,7 @@ typedef const GUID& REFGUID;
 typedef const IID& REFIID;
 typedef const CLSID& REFCLSID;
 
-inline bool IsEqualGUID(REFGUID a, REFGUID b) {
-  const auto* x = reinterpret_cast<const uint64_t*>(&a);
-  const auto* y = reinterpret_cast<const uint64_t*>(&b);
-  return x[0] == y[0] && x[1] == y[1];
-}
+inline bool IsEqualGUID(REFGUID a, REFGUID b) { return __builtin_memcmp(&a, &b, sizeof(GUID)) == 0; }
 #define IsEqualIID(a, b) IsEqualGUID(a, b)
 #define IsEqualCLSID(a, b) IsEqualGUID(a, b)
 inline bool operator==(REFGUID a, REFGUID b) { return IsEqualGUID(a, b); }

@@ -1,0 +1,192 @@
+// OLABuffer: writing at the position, growth, reading and copying within bounds, the size limit.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "clienttools/OLABuffer.h"
+
+namespace {
+
+std::string Content(const OLABuffer& buffer) {
+  return std::string(buffer.GetData(), buffer.GetLength());
+}
+
+// A buffer with a small limit, to reach it cheaply.
+class SmallBuffer : public OLABuffer {
+ public:
+  using OLABuffer::OLABuffer;
+  uint64_t MaxSize() const override { return 1000; }
+};
+
+TEST(OLABuffer, Construction) {
+  const struct {
+    uint64_t initial;
+    uint64_t step;
+    uint64_t capacity;
+  } cases[] = {{0, 0, 512}, {100, 0, 100}, {0, 64, 64}, {100, 64, 100}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.initial) + ", " + std::to_string(c.step));
+    const OLABuffer buffer(c.initial, c.step);
+    EXPECT_EQ(buffer.GetCapacity(), c.capacity);
+    EXPECT_EQ(buffer.GetLength(), 0u);
+    EXPECT_EQ(buffer.GetPosition(), 0u);
+    EXPECT_NE(buffer.GetData(), nullptr);
+  }
+}
+
+TEST(OLABuffer, AppendAfterRewindOverwritesAndSetsTheLength) {
+  OLABuffer buffer;
+  ASSERT_EQ(buffer.AppendString("Hello, world"), OLABuffer::kOk);
+  ASSERT_EQ(buffer.SetPosition(0), OLABuffer::kOk);
+  ASSERT_EQ(buffer.AppendString("Jelly"), OLABuffer::kOk);
+  EXPECT_EQ(buffer.GetLength(), 5u);
+  EXPECT_EQ(buffer.GetPosition(), 5u);
+  EXPECT_EQ(Content(buffer), "Jelly");
+
+  ASSERT_EQ(buffer.SetPosition(3), OLABuffer::kOk);
+  ASSERT_EQ(buffer.AppendChar('!'), OLABuffer::kOk);
+  EXPECT_EQ(Content(buffer), "Jel!");
+}
+
+TEST(OLABuffer, PositionIsRefusedBeyondTheLength) {
+  OLABuffer buffer;
+  ASSERT_EQ(buffer.AppendString("abc"), OLABuffer::kOk);
+  EXPECT_EQ(buffer.SetPosition(3), OLABuffer::kOk);
+  EXPECT_EQ(buffer.SetPosition(4), OLABuffer::kTooLarge);
+  EXPECT_EQ(buffer.GetPosition(), 3u);
+}
+
+TEST(OLABuffer, SetLength) {
+  OLABuffer buffer(16);
+  ASSERT_EQ(buffer.AppendString("abcdef"), OLABuffer::kOk);
+  ASSERT_EQ(buffer.SetPosition(2), OLABuffer::kOk);
+  // Zero means: up to the position.
+  ASSERT_EQ(buffer.SetLength(0), OLABuffer::kOk);
+  EXPECT_EQ(Content(buffer), "ab");
+  EXPECT_EQ(buffer.SetLength(17), OLABuffer::kTooLarge);
+  EXPECT_EQ(Content(buffer), "ab");
+}
+
+TEST(OLABuffer, GrowsAcrossManyAppends) {
+  OLABuffer buffer(0, 16);
+  std::string expected;
+  for (int i = 0; i < 10000; ++i) {
+    const std::string piece = std::to_string(i) + ",";
+    ASSERT_EQ(buffer.AppendString(piece.c_str()), OLABuffer::kOk);
+    expected += piece;
+  }
+  EXPECT_EQ(buffer.GetLength(), expected.size());
+  EXPECT_GE(buffer.GetCapacity(), expected.size());
+  EXPECT_EQ(Content(buffer), expected);
+}
+
+TEST(OLABuffer, AppendLargeOfAHundredKilobytes) {
+  std::vector<char> bytes(100 * 1024);
+  for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = char(i * 7 % 251);
+  OLABuffer buffer;
+  ASSERT_EQ(buffer.AppendString("head:"), OLABuffer::kOk);
+  ASSERT_EQ(buffer.AppendLarge(bytes.data(), bytes.size()), OLABuffer::kOk);
+  ASSERT_EQ(buffer.GetLength(), 5 + bytes.size());
+  EXPECT_EQ(Content(buffer), "head:" + std::string(bytes.begin(), bytes.end()));
+}
+
+TEST(OLABuffer, CopyRangeWithinTheContent) {
+  OLABuffer source;
+  ASSERT_EQ(source.AppendString("0123456789"), OLABuffer::kOk);
+  const struct {
+    uint32_t start;
+    uint32_t count;
+    int32_t result;
+    const char* copied;
+  } cases[] = {
+      {0, 10, OLABuffer::kOk, "0123456789"},
+      {3, 4, OLABuffer::kOk, "3456"},
+      {10, 0, OLABuffer::kOk, ""},
+      {9, 2, OLABuffer::kTooLarge, ""},
+      {11, 0, OLABuffer::kTooLarge, ""},
+      {0xFFFFFFFFu, 2, OLABuffer::kTooLarge, ""},
+      {2, 0xFFFFFFFFu, OLABuffer::kTooLarge, ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.start) + "+" + std::to_string(c.count));
+    OLABuffer target;
+    EXPECT_EQ(source.CopyRange(target, c.start, c.count), c.result);
+    EXPECT_EQ(Content(target), c.copied);
+  }
+  EXPECT_EQ(Content(source), "0123456789");
+}
+
+// A buffer may copy its own content, also when the copy makes it grow and move.
+TEST(OLABuffer, CopyRangeIntoItself) {
+  OLABuffer buffer(16, 16);
+  ASSERT_EQ(buffer.AppendString("0123456789"), OLABuffer::kOk);
+  ASSERT_EQ(buffer.CopyRange(buffer, 2, 8), OLABuffer::kOk);
+  EXPECT_EQ(Content(buffer), "012345678923456789");
+  ASSERT_EQ(buffer.Append(buffer.GetData(), buffer.GetLength()), OLABuffer::kOk);
+  EXPECT_EQ(Content(buffer), "012345678923456789012345678923456789");
+}
+
+TEST(OLABuffer, ReadAdvancesWithinTheContent) {
+  OLABuffer buffer;
+  ASSERT_EQ(buffer.AppendString("abcdef"), OLABuffer::kOk);
+  ASSERT_EQ(buffer.SetPosition(1), OLABuffer::kOk);
+  char out[8] = {};
+  ASSERT_EQ(buffer.Read(out, 3), OLABuffer::kOk);
+  EXPECT_EQ(std::string(out, 3), "bcd");
+  EXPECT_EQ(buffer.GetPosition(), 4u);
+  EXPECT_EQ(buffer.Read(out, 3), OLABuffer::kTooLarge);
+  EXPECT_EQ(buffer.GetPosition(), 4u);
+  ASSERT_EQ(buffer.Read(out, 2), OLABuffer::kOk);
+  EXPECT_EQ(std::string(out, 2), "ef");
+  EXPECT_EQ(buffer.Read(out, 0), OLABuffer::kOk);
+  EXPECT_EQ(buffer.Read(out, 1), OLABuffer::kTooLarge);
+}
+
+TEST(OLABuffer, MaxSizeIsNeverPassed) {
+  SmallBuffer buffer(0, 64);
+  const std::string bytes(1001, 'x');
+  EXPECT_EQ(buffer.Append(bytes.data(), 1001), OLABuffer::kTooLarge);
+  EXPECT_EQ(buffer.GetLength(), 0u);
+  ASSERT_EQ(buffer.Append(bytes.data(), 600), OLABuffer::kOk);
+  EXPECT_EQ(buffer.Append(bytes.data(), 401), OLABuffer::kTooLarge);
+  EXPECT_EQ(buffer.AppendLarge(bytes.data(), 401), OLABuffer::kTooLarge);
+  EXPECT_EQ(buffer.GetLength(), 600u);
+  EXPECT_EQ(buffer.Reserve(1001), OLABuffer::kTooLarge);
+  ASSERT_EQ(buffer.Append(bytes.data(), 400), OLABuffer::kOk);
+  EXPECT_EQ(buffer.GetLength(), 1000u);
+  EXPECT_LE(buffer.GetCapacity(), 1000u);
+  EXPECT_EQ(buffer.AppendChar('x'), OLABuffer::kTooLarge);
+  EXPECT_EQ(Content(buffer), std::string(1000, 'x'));
+}
+
+TEST(OLABuffer, Equals) {
+  OLABuffer a(8), b(4096), c, empty1, empty2;
+  ASSERT_EQ(a.AppendString("same bytes"), OLABuffer::kOk);
+  ASSERT_EQ(b.AppendString("same bytes"), OLABuffer::kOk);
+  ASSERT_EQ(c.AppendString("same bytez"), OLABuffer::kOk);
+  EXPECT_TRUE(a.Equals(b));
+  EXPECT_TRUE(b.Equals(a));
+  EXPECT_FALSE(a.Equals(c));
+  EXPECT_TRUE(empty1.Equals(empty2));
+  EXPECT_FALSE(a.Equals(empty1));
+  // Only the content counts, not what lies beyond it.
+  ASSERT_EQ(c.SetPosition(9), OLABuffer::kOk);
+  ASSERT_EQ(c.SetLength(0), OLABuffer::kOk);
+  ASSERT_EQ(a.SetPosition(9), OLABuffer::kOk);
+  ASSERT_EQ(a.SetLength(0), OLABuffer::kOk);
+  EXPECT_TRUE(a.Equals(c));
+}
+
+TEST(OLABuffer, ClearEmpties) {
+  OLABuffer buffer;
+  ASSERT_EQ(buffer.AppendString("secret"), OLABuffer::kOk);
+  buffer.Clear('\0');
+  EXPECT_EQ(buffer.GetLength(), 0u);
+  EXPECT_EQ(buffer.GetPosition(), 0u);
+  ASSERT_EQ(buffer.AppendString("new"), OLABuffer::kOk);
+  EXPECT_EQ(Content(buffer), "new");
+}
+
+}  // namespace

@@ -1,0 +1,284 @@
+#include "clienttools/XMLBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "diagnostics/FeatureSettings.h"
+#include "platform/ComError.h"
+#include "support/FakeHostValues.h"
+#include "support/TestSupport.h"
+
+using parcelon::test::FakeAddress;
+using parcelon::test::FakeAmount;
+using parcelon::test::MakeBstr;
+using parcelon::test::ScopedEnv;
+using parcelon::test::ScratchFolder;
+
+namespace {
+
+std::string Text(const XMLBuilder& builder) {
+  const OLABuffer* buffer = builder.Buffer();
+  return buffer ? std::string(buffer->GetData(), buffer->GetLength()) : std::string();
+}
+
+// Points the settings service at a file of our own for the test's duration.
+class XMLBuilderTest : public ::testing::Test {
+ protected:
+  void SetIndent(bool on) {
+    parcelon::test::WriteFile(settings_, std::string("[ZPSSettings]\nNetworkAdapter.IndentXML=") + (on ? "1" : "0") + "\n");
+    AmbitAccess::Reload();
+  }
+  void SetUp() override { SetIndent(false); }
+  void TearDown() override { AmbitAccess::Reload(); }
+
+  ScratchFolder folder_;
+  std::string settings_ = folder_.File("ZPSSettings.aov");
+  ScopedEnv env_{"PARCELON_SETTINGS", settings_.c_str()};
+};
+
+TEST_F(XMLBuilderTest, EscapesEveryXmlSpecialByte) {
+  XMLBuilder b;
+  EXPECT_EQ(b.AddElement("N", OLAString("\"Tom & Jerry's <best>\"")), XMLBuilder::kDone);
+  EXPECT_EQ(Text(b), "<N>&quot;Tom &amp; Jerry&apos;s &lt;best&gt;&quot;</N>\n");
+}
+
+TEST_F(XMLBuilderTest, CleansValuesToPrintableAscii) {
+  struct Case {
+    std::string value;
+    std::string content;
+  };
+  const std::vector<Case> cases = {
+      {"O\x92Neil", "O&apos;Neil"},          // typographic apostrophe folded into the plain one
+      {"Caf\xE9", "Caf"},                    // the upper half of the code page is dropped
+      {"a\r\nb", "a\nb"},                    // carriage return dropped, line feed kept
+      {"t\tx\x01\x1F\x7F", "t\tx\x7F"},      // tab and DEL kept, other controls dropped
+      {std::string("\x80\xFF", 2), ""},
+      {"plain", "plain"},
+  };
+  for (const Case& c : cases) {
+    XMLBuilder b;
+    b.AddElement("V", OLAString(c.value.c_str()));
+    EXPECT_EQ(Text(b), "<V>" + c.content + "</V>\n") << c.value;
+  }
+}
+
+TEST_F(XMLBuilderTest, BstrValuesConvertThroughTheCodePage) {
+  XMLBuilder b;
+  // U+2019 is 0x92 in the code page and becomes an apostrophe entity; e-acute is dropped.
+  b.AddElement("Name", MakeBstr("O\u2019Brien & Caf\u00e9").Get());
+  b.AddElement("Empty", static_cast<BSTR>(nullptr));
+  EXPECT_EQ(Text(b), "<Name>O&apos;Brien &amp; Caf</Name>\n<Empty></Empty>\n");
+}
+
+TEST_F(XMLBuilderTest, CDataKeepsEveryByte) {
+  XMLBuilder b;
+  b.AddCDataElement("C", OLAString("a<b&\xE9"));
+  b.AddCDataElement("D", MakeBstr("x<y").Get());
+  EXPECT_EQ(Text(b), "<C><![CDATA[a<b&\xE9]]></C>\n<D><![CDATA[x<y]]></D>\n");
+}
+
+TEST_F(XMLBuilderTest, IndentationFollowsTheSwitch) {
+  for (bool on : {false, true}) {
+    SetIndent(on);
+    XMLBuilder b;
+    b.OpenAggregate("A");
+    b.AddElement("B", OLAString("x"));
+    b.OpenAggregate("C");
+    b.AddBoolElement("D", VARIANT_TRUE);
+    b.CloseAggregate("C");
+    b.CloseAggregate("A");
+    const std::string pad = on ? "  " : "";
+    EXPECT_EQ(Text(b), "<A>\n" + pad + "<B>x</B>\n" + pad + "<C>\n" + pad + pad + "<D>Y</D>\n" + pad + "</C>\n</A>\n");
+  }
+}
+
+TEST_F(XMLBuilderTest, SubDocumentStartsAtItsDepth) {
+  SetIndent(true);
+  XMLBuilder b(2, 64);
+  b.AddIntElement("I", -7);
+  b.AddComment(OLAString("note"));
+  EXPECT_EQ(Text(b), "    <I>-7</I>\n    <!--note-->\n");
+}
+
+TEST_F(XMLBuilderTest, AttributesEndAtTheFirstEmptyKey) {
+  XMLBuilder b;
+  const OLAString attributes[] = {"trnUID", "AB12", "version", "1", "", "ignored", "late", "x"};
+  b.OpenAggregateWithAttributes("Rq", attributes);
+  b.CloseAggregate("Rq");
+  EXPECT_EQ(Text(b), "<Rq trnUID=\"AB12\" version=\"1\">\n</Rq>\n");
+}
+
+TEST_F(XMLBuilderTest, ScalarElementsAndRawText) {
+  XMLBuilder b;
+  b.AppendRaw("<?xml version=\"1.0\"?>");
+  b.AppendNewlines(2);
+  b.AppendNewlines(-3);
+  b.AppendText(OLAString("a&b"), true, true);
+  b.AppendText(OLAString("a&b"), false, false);
+  b.AddHeaderLine("Content-Type", "pdf");
+  b.AddStartTag("S");
+  b.AddNotDoneElement("ND");
+  b.AddNameValueComment("Key", "Value");
+  b.AddLongElement("L", 2147483647);
+  b.AddFixedElement("F", 2.5, 3);
+  b.AddDoubleElement("D", 0.1);
+  b.AddBoolElement("B1", 1);
+  b.AddBoolElement("B0", VARIANT_FALSE);
+  EXPECT_EQ(Text(b),
+            "<?xml version=\"1.0\"?>\n\na&amp;b\na&bContent-Type:pdf\n<S>\n<ND>NOT DONE</ND>\n"
+            "<!--Key: Value-->\n<L>2147483647</L>\n<F>2.500</F>\n<D>0.1</D>\n<B1>N</B1>\n<B0>N</B0>\n");
+}
+
+TEST_F(XMLBuilderTest, ExactValuesWriteTheirTextOrNothing) {
+  XMLBuilder b;
+  EXPECT_EQ(b.AddAmountElement("Amt", OLAAmount(1234, 50)), XMLBuilder::kDone);
+  EXPECT_EQ(b.AddPrecisionElement("Qty", OLAPrecisionInteger(300, 2)), XMLBuilder::kDone);
+  EXPECT_EQ(b.AddPrecisionElement2("Neg", OLAPrecisionInteger(-5, 2)), XMLBuilder::kDone);
+  EXPECT_EQ(b.AddPrecisionElement("Bad", OLAPrecisionInteger(1, 30)), XMLBuilder::kValueNotSet);
+  EXPECT_EQ(Text(b), "<Amt>1234.5</Amt>\n<Qty>3</Qty>\n<Neg>-.05</Neg>\n");
+}
+
+TEST_F(XMLBuilderTest, DatesInTheirThreeForms) {
+  ScopedEnv tz("TZ", "UTC");
+  XMLBuilder b;
+  EXPECT_EQ(b.AddDateTimeElement("D0", 0.0), XMLBuilder::kDone);
+  EXPECT_EQ(b.AddDateTimeElement("Noon", 39879.5), XMLBuilder::kDone);
+  EXPECT_EQ(b.AddCompactDateElement("C", 39879.75), XMLBuilder::kDone);
+  EXPECT_EQ(b.AddDateTimeElement("Out", 2958466.0), XMLBuilder::kValueNotSet);
+  EXPECT_EQ(b.AddCompactDateElement("Out", -657435.0), XMLBuilder::kValueNotSet);
+  EXPECT_EQ(Text(b), "<D0>18991230</D0>\n<Noon>20090307T120000+0000</Noon>\n<C>20090307</C>\n");
+}
+
+TEST_F(XMLBuilderTest, HostAmountSeparatorBecomesAPoint) {
+  struct Case {
+    const char* hostText;
+    bool omitIfEmpty;
+    uint32_t result;
+    std::string written;
+  };
+  const std::vector<Case> cases = {
+      {"12,50", false, XMLBuilder::kDone, "<A>12.50</A>\n"},
+      {"1250", false, XMLBuilder::kDone, "<A>1250</A>\n"},
+      {"-3.25", false, XMLBuilder::kDone, "<A>-3.25</A>\n"},
+      {"5", false, XMLBuilder::kDone, "<A>5</A>\n"},
+      {"", true, XMLBuilder::kOptionalEmpty, ""},
+      {"", false, XMLBuilder::kDone, "<A></A>\n"},
+  };
+  for (const Case& c : cases) {
+    XMLBuilder b;
+    auto* amount = new FakeAmount(c.hostText);
+    amount->AddRef();  // ours
+    amount->AddRef();  // the one handed to the builder
+    EXPECT_EQ(b.AddHostAmountElement("A", amount, c.omitIfEmpty), c.result) << c.hostText;
+    EXPECT_EQ(Text(b), c.written) << c.hostText;
+    EXPECT_EQ(amount->prepareMode, -1);
+    EXPECT_EQ(amount->References(), 1u) << "the builder releases the reference it was given";
+    amount->Release();
+  }
+}
+
+TEST_F(XMLBuilderTest, HostAmountFailureIsReturnedAsItCame) {
+  for (bool failPrepare : {true, false}) {
+    XMLBuilder b;
+    auto* amount = new FakeAmount("1.00");
+    (failPrepare ? amount->prepareResult : amount->textResult) = E_OUTOFMEMORY;
+    amount->AddRef();
+    amount->AddRef();
+    EXPECT_EQ(b.AddHostAmountElement("A", amount, false), uint32_t(E_OUTOFMEMORY));
+    EXPECT_EQ(Text(b), "");
+    EXPECT_EQ(amount->References(), 1u);
+    amount->Release();
+  }
+}
+
+TEST_F(XMLBuilderTest, AddressWritesOnlyItsNonEmptyFieldsNumberedByLine) {
+  FakeAddress address;
+  address.lines[1] = "Suite 5 & Co";
+  address.city = "Reno";
+  XMLBuilder b;
+  EXPECT_EQ(b.AddAddressElement("BillAddress", &address), XMLBuilder::kDone);
+  EXPECT_EQ(Text(b), "<BillAddress>\n<Addr2>Suite 5 &amp; Co</Addr2>\n<City>Reno</City>\n</BillAddress>\n");
+
+  FakeAddress full;
+  full.lines = {"1", "2", "3", "4"};
+  full.city = "C";
+  full.state = "S";
+  full.postalCode = "P";
+  full.country = "K";
+  full.note = "N";
+  XMLBuilder all;
+  all.AddAddressElement("A", &full);
+  EXPECT_EQ(Text(all),
+            "<A>\n<Addr1>1</Addr1>\n<Addr2>2</Addr2>\n<Addr3>3</Addr3>\n<Addr4>4</Addr4>\n<City>C</City>\n"
+            "<State>S</State>\n<PostalCode>P</PostalCode>\n<Country>K</Country>\n<Note>N</Note>\n</A>\n");
+}
+
+TEST_F(XMLBuilderTest, EmptyAddressWritesNothing) {
+  FakeAddress empty;
+  XMLBuilder b;
+  EXPECT_EQ(b.AddAddressElement("A", &empty), XMLBuilder::kOptionalEmpty);
+  EXPECT_EQ(Text(b), "");
+  EXPECT_EQ(b.Depth(), 0u);
+}
+
+TEST_F(XMLBuilderTest, AddressFailuresRaiseComErrors) {
+  XMLBuilder b;
+  try {
+    b.AddAddressElement("A", nullptr);
+    FAIL() << "expected a COM error";
+  } catch (const ComError& e) {
+    EXPECT_EQ(e.Error(), E_POINTER);
+  }
+  FakeAddress failing;
+  failing.city = "X";
+  failing.failingField = 5;  // the state
+  try {
+    b.AddAddressElement("A", &failing);
+    FAIL() << "expected a COM error";
+  } catch (const ComError& e) {
+    EXPECT_EQ(e.Error(), E_FAIL);
+    EXPECT_TRUE(IsEqualGUID(e.Source(), IidOf<IAddress>()));
+  }
+  EXPECT_EQ(Text(b), "");
+}
+
+TEST_F(XMLBuilderTest, BstrOfTheWholeBuffer) {
+  XMLBuilder empty;
+  BSTR out = reinterpret_cast<BSTR>(1);
+  empty.GetXMLAsBSTR(&out);
+  EXPECT_EQ(out, nullptr);
+
+  XMLBuilder b;
+  b.AppendRaw("<A>\x80</A>");
+  b.GetXMLAsBSTR(&out);
+  ASSERT_NE(out, nullptr);
+  EXPECT_EQ(SysStringLen(out), 8u);
+  EXPECT_EQ(out[3], 0x20AC);  // the euro sign of the code page
+  SysFreeString(out);
+}
+
+TEST_F(XMLBuilderTest, WritesAndDumpsTheBuffer) {
+  ScratchFolder temp;
+  std::string folder = temp.Path();
+  folder.pop_back();  // no trailing separator: the builder adds one
+  ScopedEnv tempEnv("TEMP", folder.c_str());
+  XMLBuilder b;
+  b.AddElement("A", OLAString("1"));
+  b.DumpToTempFile();
+  EXPECT_EQ(parcelon::test::ReadFile(temp.File("dump.xml")), "<A>1</A>\n");
+  b.WriteToFile(OLAString(temp.File("copy.xml").c_str()));
+  EXPECT_EQ(parcelon::test::ReadFile(temp.File("copy.xml")), "<A>1</A>\n");
+  EXPECT_EQ(b.WriteToFile(OLAString(temp.File("missing/dir/x.xml").c_str())), XMLBuilder::kDone);
+}
+
+TEST_F(XMLBuilderTest, LongValuesAreEscapedWhole) {
+  // A value made only of ampersands grows fivefold; nothing is cut at the string limit.
+  const std::string value(OLAString::kMaxChars, '&');
+  XMLBuilder b;
+  b.AddElement("V", OLAString(value.c_str()));
+  EXPECT_EQ(Text(b).size(), 3 + 5 * value.size() + 5);
+}
+
+}  // namespace

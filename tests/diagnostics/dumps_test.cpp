@@ -1,0 +1,206 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "diagnostics/Dumps.h"
+#include "diagnostics/FakeHost.h"
+
+namespace parcelon::test {
+namespace {
+
+using DumpsTest = DiagnosticsTest;
+
+// The names of the files in `folder`, sorted.
+std::vector<std::string> FileNames(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    names.push_back(entry.path().filename().string());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool IsUniqueName(const std::string& name, const std::string& prefix, const std::string& suffix) {
+  if (name.size() != prefix.size() + 6 + suffix.size()) return false;
+  if (name.compare(0, prefix.size(), prefix) != 0) return false;
+  if (name.compare(prefix.size() + 6, suffix.size(), suffix) != 0) return false;
+  for (size_t i = prefix.size(); i < prefix.size() + 6; ++i)
+    if (!std::isalnum(static_cast<unsigned char>(name[i]))) return false;
+  return true;
+}
+
+const std::string kPdf = "%PDF-1.4 \x01\x02\xff bytes";
+
+TEST_F(DumpsTest, SwitchedOffWritesNothing) {
+  EXPECT_EQ(S_OK, DumpAttachment(kPdf.data(), kPdf.size(), 1, "pdf"));
+  EXPECT_EQ(S_OK, DumpResponseHeaderCookie("messageid=42"));
+  EXPECT_TRUE(FileNames(TempPath()).empty());
+  EXPECT_FALSE(FileExists(LogPath()));
+}
+
+struct NameCase {
+  long formType;
+  const char* extension;
+  const char* name;
+};
+
+class AttachmentNameTest : public DiagnosticsTest, public ::testing::WithParamInterface<NameCase> {};
+
+TEST_P(AttachmentNameTest, FixedNameTellsTypeAndExtension) {
+  WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n");
+  EXPECT_EQ(S_OK, DumpAttachment(kPdf.data(), kPdf.size(), GetParam().formType, GetParam().extension));
+  EXPECT_EQ(std::vector<std::string>{GetParam().name}, FileNames(TempPath()));
+  EXPECT_EQ(kPdf, ReadFile(TempPath() + GetParam().name));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Types, AttachmentNameTest,
+    ::testing::Values(NameCase{1, "pdf", "na2003_Invoice.pdf"},
+                      NameCase{2, "pdf", "na2003_Estimate.pdf"},
+                      NameCase{3, "pdf", "na2003_Statement.pdf"},
+                      NameCase{0, "pdf", "na2003_Attachment.pdf"},
+                      NameCase{4, "pdf", "na2003_Attachment.pdf"},
+                      NameCase{-1, "pdf", "na2003_Attachment.pdf"},
+                      NameCase{1, "", "na2003_Invoice.pdf"},
+                      NameCase{1, nullptr, "na2003_Invoice.pdf"},
+                      NameCase{2, "doc", "na2003_Estimate.doc"}));
+
+TEST_F(DumpsTest, FixedNameIsOverwritten) {
+  WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n");
+  DumpAttachment("first send", 10, 1, "pdf");
+  DumpAttachment("second", 6, 1, "pdf");
+  EXPECT_EQ(std::vector<std::string>{"na2003_Invoice.pdf"}, FileNames(TempPath()));
+  EXPECT_EQ("second", ReadFile(TempPath() + "na2003_Invoice.pdf"));
+}
+
+TEST_F(DumpsTest, DoNotOverwriteGivesEachDumpItsOwnFile) {
+  WriteSettings(
+      "[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\nNetworkAdapter.DoNotOverwriteDump=1\n");
+  EXPECT_EQ(S_OK, DumpAttachment("first send", 10, 1, "pdf"));
+  EXPECT_EQ(S_OK, DumpAttachment("second", 6, 1, "pdf"));
+
+  const std::vector<std::string> names = FileNames(TempPath());
+  ASSERT_EQ(2u, names.size());
+  std::vector<std::string> contents;
+  for (const auto& name : names) {
+    EXPECT_TRUE(IsUniqueName(name, "NARequest", "_Invoice.pdf")) << name;
+    contents.push_back(ReadFile(TempPath() + name));
+  }
+  std::sort(contents.begin(), contents.end());
+  EXPECT_EQ((std::vector<std::string>{"first send", "second"}), contents);
+}
+
+TEST_F(DumpsTest, EmptyAttachmentIsAnEmptyFile) {
+  WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n");
+  EXPECT_EQ(S_OK, DumpAttachment(nullptr, 0, 3, "pdf"));
+  EXPECT_TRUE(FileExists(TempPath() + "na2003_Statement.pdf"));
+  EXPECT_EQ("", ReadFile(TempPath() + "na2003_Statement.pdf"));
+}
+
+TEST_F(DumpsTest, CookieGoesToItsFixedFile) {
+  WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpResponseHeaderCookie=1\n");
+  EXPECT_EQ(S_OK, DumpResponseHeaderCookie("messageid=42; path=/"));
+  EXPECT_EQ(std::vector<std::string>{"responseHeaderCookie.txt"}, FileNames(TempPath()));
+  EXPECT_EQ("messageid=42; path=/", ReadFile(TempPath() + "responseHeaderCookie.txt"));
+  EXPECT_EQ(S_OK, DumpResponseHeaderCookie(nullptr));
+  EXPECT_EQ("", ReadFile(TempPath() + "responseHeaderCookie.txt"));
+}
+
+TEST_F(DumpsTest, CookieWithDoNotOverwriteGetsUniqueNames) {
+  WriteSettings(
+      "[ZPSSettings]\nNetworkAdapter.DumpResponseHeaderCookie=1\n"
+      "NetworkAdapter.DoNotOverwriteDump=1\n");
+  DumpResponseHeaderCookie("messageid=1");
+  DumpResponseHeaderCookie("messageid=2");
+  const std::vector<std::string> names = FileNames(TempPath());
+  ASSERT_EQ(2u, names.size());
+  for (const auto& name : names) EXPECT_TRUE(IsUniqueName(name, "NAResponseHeaderCookie", ".txt")) << name;
+}
+
+TEST_F(DumpsTest, EachSwitchTurnsOnItsOwnDump) {
+  WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpResponseHeaderCookie=1\n");
+  DumpAttachment(kPdf.data(), kPdf.size(), 1, "pdf");
+  EXPECT_TRUE(FileNames(TempPath()).empty());
+  WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n");
+  DumpResponseHeaderCookie("messageid=1");
+  EXPECT_TRUE(FileNames(TempPath()).empty());
+}
+
+struct FailureCase {
+  const char* settings;
+  bool attachment;
+  const char* entry;
+};
+
+class DumpFailureTest : public DiagnosticsTest, public ::testing::WithParamInterface<FailureCase> {
+ protected:
+  HRESULT Dump() {
+    return GetParam().attachment ? DumpAttachment(kPdf.data(), kPdf.size(), 1, "pdf")
+                                 : DumpResponseHeaderCookie("messageid=42");
+  }
+};
+
+TEST_P(DumpFailureTest, UnwritableTemporaryFolderIsLogged) {
+  WriteSettings(GetParam().settings);
+  WriteFile(scratch_.File("blocker"), "");
+  ScopedEnv temp("TEMP", (scratch_.File("blocker") + kPathSeparator + "temp").c_str());
+  ScopedEnv tmp("TMP", (scratch_.File("blocker") + kPathSeparator + "temp").c_str());
+  EXPECT_EQ(E_FAIL, Dump());
+  EXPECT_EQ(std::vector<std::string>{GetParam().entry}, LogEntries());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Switches, DumpFailureTest,
+    ::testing::Values(
+        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n", true,
+                    "Unable to open attachment dump file  HRESULT=0x80004005"},
+        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n"
+                    "NetworkAdapter.DoNotOverwriteDump=1\n",
+                    true, "Unable to open attachment dump file  HRESULT=0x80004005"},
+        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n"
+                    "NetworkAdapter.EnableLogContext=1\n",
+                    true,
+                    "Parcelon:CNA_Forms::DumpAttachment: Unable to open attachment dump file  "
+                    "HRESULT=0x80004005"},
+        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpResponseHeaderCookie=1\n", false,
+                    "Unable to open response header cookie dump file  HRESULT=0x80004005"},
+        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpResponseHeaderCookie=1\n"
+                    "NetworkAdapter.DoNotOverwriteDump=1\n",
+                    false, "Unable to open response header cookie dump file  HRESULT=0x80004005"},
+        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpResponseHeaderCookie=1\n"
+                    "NetworkAdapter.EnableLogContext=1\n",
+                    false,
+                    "NetworkAdapterManager:CNetworkAdapter::DumpResponseHeaderCookie: Unable to "
+                    "open response header cookie dump file  HRESULT=0x80004005"}));
+
+TEST_F(DumpsTest, DumpGoesThroughTheHostsFileRedirection) {
+  WithFileRedirection();
+  WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n");
+  redirection_.table[TempPath() + "na2003_Invoice.pdf"] = scratch_.File("redirected.pdf");
+  EXPECT_EQ(S_OK, DumpAttachment(kPdf.data(), kPdf.size(), 1, "pdf"));
+  EXPECT_EQ(kPdf, ReadFile(scratch_.File("redirected.pdf")));
+  EXPECT_TRUE(FileNames(TempPath()).empty());
+}
+
+#ifndef _WIN32
+TEST_F(DumpsTest, ShortWritesAreLogged) {
+  WithFileRedirection();
+  WriteSettings(
+      "[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\nNetworkAdapter.DumpResponseHeaderCookie=1\n");
+  redirection_.table[TempPath() + "na2003_Invoice.pdf"] = "/dev/full";
+  redirection_.table[TempPath() + "responseHeaderCookie.txt"] = "/dev/full";
+  EXPECT_EQ(E_FAIL, DumpAttachment(kPdf.data(), kPdf.size(), 1, "pdf"));
+  const std::string big(100000, 'c');
+  EXPECT_EQ(E_FAIL, DumpResponseHeaderCookie(big.c_str()));
+  const std::vector<std::string> expected = {
+      "Unable to dump full lenght of attachment file  HRESULT=0x80004005",
+      "Unable to dump full length of response header cookie file  HRESULT=0x80004005"};
+  EXPECT_EQ(expected, LogEntries());
+}
+#endif
+
+}  // namespace
+}  // namespace parcelon::test

@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+#include <vector>
+
+#include "diagnostics/FakeHost.h"
+#include "diagnostics/LogIfFailed.h"
+
+namespace parcelon::test {
+namespace {
+
+constexpr const char* kPrefix = "Parcelon:CTermItemBuilder::BuildXML(XMLBuilder&)";
+
+using LogIfFailedTest = DiagnosticsTest;
+
+// A host call that counts how often it is made.
+struct HostCall {
+  HRESULT result;
+  int calls = 0;
+  HRESULT operator()() {
+    ++calls;
+    return result;
+  }
+};
+
+// Writes a required and an optional element, as a builder does; `written` lists what it wrote.
+HRESULT BuildTerms(HostCall& name, HostCall& days, std::vector<std::string>& written) {
+  RETURN_IF_FAILED_LOG(name(), kPrefix, "Failed to get terms name.");
+  written.push_back("Name");
+  if (SUCCEEDED(LOG_IF_FAILED(days(), kPrefix,
+                              "Failed to get due days.  Skipping this optional element.")))
+    written.push_back("DueDays");
+  written.push_back("End");
+  return S_OK;
+}
+
+TEST_F(LogIfFailedTest, SuccessWritesEverythingAndLogsNothing) {
+  HostCall name{S_OK};
+  HostCall days{S_FALSE};
+  std::vector<std::string> written;
+  EXPECT_EQ(S_OK, BuildTerms(name, days, written));
+  EXPECT_EQ((std::vector<std::string>{"Name", "DueDays", "End"}), written);
+  EXPECT_EQ(1, name.calls);
+  EXPECT_EQ(1, days.calls);
+  EXPECT_FALSE(FileExists(LogPath()));
+}
+
+TEST_F(LogIfFailedTest, FailedRequiredValueIsLoggedOnceAndReturned) {
+  HostCall name{E_POINTER};
+  HostCall days{S_OK};
+  std::vector<std::string> written;
+  EXPECT_EQ(E_POINTER, BuildTerms(name, days, written));
+  EXPECT_TRUE(written.empty());
+  EXPECT_EQ(1, name.calls);
+  EXPECT_EQ(0, days.calls);
+  EXPECT_EQ(std::vector<std::string>{"Failed to get terms name.  HRESULT=0x80004003"}, LogEntries());
+}
+
+TEST_F(LogIfFailedTest, FailedOptionalValueIsLoggedAndSkipped) {
+  HostCall name{S_OK};
+  HostCall days{E_FAIL};
+  std::vector<std::string> written;
+  EXPECT_EQ(S_OK, BuildTerms(name, days, written));
+  EXPECT_EQ((std::vector<std::string>{"Name", "End"}), written);
+  EXPECT_EQ(1, days.calls);
+  EXPECT_EQ(std::vector<std::string>{
+                "Failed to get due days.  Skipping this optional element.  HRESULT=0x80004005"},
+            LogEntries());
+}
+
+HRESULT Unexpected(HRESULT hr) {
+  RETURN_HR_LOG(hr, kPrefix, "Unexpected send state.");
+}
+
+TEST_F(LogIfFailedTest, ReturnHrLogsAndReturnsTheGivenCode) {
+  WriteSettings("[ZPSSettings]\nNetworkAdapter.EnableLogContext=1\n");
+  EXPECT_EQ(E_FAIL, Unexpected(E_FAIL));
+  EXPECT_EQ(std::vector<std::string>{std::string(kPrefix) +
+                                     ": Unexpected send state.  HRESULT=0x80004005"},
+            LogEntries());
+}
+
+TEST(CatchComErrorTest, TurnsExceptionsIntoTheirCodes) {
+  EXPECT_EQ(S_OK, CatchComError([] {}));
+  EXPECT_EQ(E_POINTER, CatchComError([] { throw ComError(E_POINTER); }));
+  EXPECT_EQ(E_OUTOFMEMORY, CatchComError([] { ThrowIfFailed(E_OUTOFMEMORY); }));
+  EXPECT_EQ(E_OUTOFMEMORY, CatchComError([] { throw std::bad_alloc(); }));
+}
+
+HRESULT WriteAddress(bool hostFails) {
+  RETURN_IF_FAILED_LOG(CatchComError([hostFails] {
+                         if (hostFails) ThrowIfFailed(E_POINTER);
+                       }),
+                       kPrefix, "Failed to write the bill-to address.");
+  return S_OK;
+}
+
+TEST_F(LogIfFailedTest, HostConversionErrorIsLoggedAndReturned) {
+  EXPECT_EQ(S_OK, WriteAddress(false));
+  EXPECT_EQ(E_POINTER, WriteAddress(true));
+  EXPECT_EQ(std::vector<std::string>{"Failed to write the bill-to address.  HRESULT=0x80004003"},
+            LogEntries());
+}
+
+}  // namespace
+}  // namespace parcelon::test
