@@ -12,8 +12,13 @@
 namespace parcelon::bench {
 namespace {
 
-std::vector<std::pair<std::string, std::string>>& Pairs() {
-  static std::vector<std::pair<std::string, std::string>> pairs;
+struct Pair {
+  std::string name, baseline;
+  double work, baselineWork;
+};
+
+std::vector<Pair>& Pairs() {
+  static std::vector<Pair> pairs;
   return pairs;
 }
 
@@ -23,16 +28,18 @@ class RatioReporter : public benchmark::ConsoleReporter {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs) {
       if (run.run_type == Run::RT_Iteration && run.iterations > 0)
-        perIteration_[run.benchmark_name()] = run.GetAdjustedRealTime();
+        perIteration_[run.benchmark_name()] = run.GetAdjustedCPUTime();
     }
   }
   void Finalize() override {
     ConsoleReporter::Finalize();
-    for (const auto& [name, baseline] : Pairs()) {
-      const auto ours = perIteration_.find(name);
-      const auto theirs = perIteration_.find(baseline);
+    for (const Pair& pair : Pairs()) {
+      const auto ours = perIteration_.find(pair.name);
+      const auto theirs = perIteration_.find(pair.baseline);
       if (ours == perIteration_.end() || theirs == perIteration_.end() || theirs->second <= 0) continue;
-      std::printf("ratio %s / %s = %.3f\n", name.c_str(), baseline.c_str(), ours->second / theirs->second);
+      const double ratio = (ours->second / pair.work) / (theirs->second / pair.baselineWork);
+      std::printf("ratio %s / %s = %.3f%s\n", pair.name.c_str(), pair.baseline.c_str(), ratio,
+                  pair.work != pair.baselineWork ? " (per unit of work)" : "");
     }
     std::fflush(stdout);
   }
@@ -43,7 +50,9 @@ class RatioReporter : public benchmark::ConsoleReporter {
 
 }  // namespace
 
-void CompareWith(const char* name, const char* baseline) { Pairs().emplace_back(name, baseline); }
+void CompareWith(const char* name, const char* baseline, double work, double baselineWork) {
+  Pairs().push_back({name, baseline, work, baselineWork});
+}
 
 }  // namespace parcelon::bench
 

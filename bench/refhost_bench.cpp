@@ -1,0 +1,122 @@
+// The reference host at three sizes: loading a synthetic company (time per name should stay flat,
+// memory per name is reported) and lookups by record number and by index (constant time).
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "BenchMain.h"
+#include "host/HostModel.h"
+#include "refhost/ComObject.h"
+#include "refhost/CompanyData.h"
+#include "refhost/Fixture.h"
+#include "refhost/ReferenceHost.h"
+#include "refhost/SyntheticCompany.h"
+
+namespace {
+
+using parcelon::refhost::Company;
+using parcelon::refhost::ReferenceHost;
+
+const std::string& Fixture(int names) {
+  static std::map<int, std::string> texts;
+  auto& text = texts[names];
+  if (text.empty()) text = parcelon::refhost::SyntheticCompanyJson(names);
+  return text;
+}
+
+void BM_LoadSyntheticCompany(benchmark::State& state) {
+  const int names = int(state.range(0));
+  const std::string& text = Fixture(names);
+  size_t bytes = 0;
+  for (auto _ : state) {
+    const size_t before = mallinfo2().uordblks;
+    auto company = std::make_shared<Company>();
+    std::string error;
+    if (FAILED(parcelon::refhost::LoadFixtureText(text, "synthetic.json", *company, error))) {
+      state.SkipWithError(error.c_str());
+      break;
+    }
+    bytes = mallinfo2().uordblks - before;
+    benchmark::DoNotOptimize(company.get());
+    // Freeing the company is not part of loading it.
+    state.PauseTiming();
+    company.reset();
+    state.ResumeTiming();
+  }
+  state.counters["ns/name"] = benchmark::Counter(double(names), benchmark::Counter::kIsIterationInvariantRate |
+                                                                      benchmark::Counter::kInvert);
+  state.counters["bytes/name"] = double(bytes) / names;
+}
+BENCHMARK(BM_LoadSyntheticCompany)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+// The company's customer list, from a host loaded once per size.
+ComPtr<ICustomers> Customers(int names) {
+  static std::map<int, std::unique_ptr<ReferenceHost>> hosts;
+  auto& host = hosts[names];
+  if (!host) {
+    auto company = std::make_shared<Company>();
+    std::string error;
+    parcelon::refhost::LoadFixtureText(Fixture(names), "synthetic.json", *company, error);
+    host = std::make_unique<ReferenceHost>(company);
+  }
+  ComPtr<ICompanyFile> file;
+  ComPtr<ILists> lists;
+  ComPtr<ICustomers> customers;
+  host->GetCompanyFile(file.ReleaseAndGetAddressOf());
+  file->GetLists(lists.ReleaseAndGetAddressOf());
+  lists->GetCustomers(customers.ReleaseAndGetAddressOf());
+  return customers;
+}
+
+// Lookups cycle over the same number of records at every size, spread evenly over the list, so
+// that the figures compare the lookup itself rather than how much of the company fits in the
+// processor's caches.
+constexpr int kTouched = 1000;
+
+int NextSpread(int& step, int names) {
+  step = (step + 1) % kTouched;
+  return int(int64_t(step) * names / kTouched);
+}
+
+void BM_LookupByRecNum(benchmark::State& state) {
+  const int names = int(state.range(0));
+  ComPtr<ICustomers> customers = Customers(names);
+  VARIANT recNum;
+  VariantInit(&recNum);
+  recNum.vt = VT_I4;
+  int step = 0;
+  for (auto _ : state) {
+    recNum.lVal = 1000 + NextSpread(step, names);
+    IName* name = nullptr;
+    customers->GetItemByRecNum(recNum, &name);
+    benchmark::DoNotOptimize(name);
+    if (name) name->Release();
+  }
+}
+BENCHMARK(BM_LookupByRecNum)->Arg(1000)->Arg(10000)->Arg(100000);
+
+void BM_LookupByIndex(benchmark::State& state) {
+  const int names = int(state.range(0));
+  ComPtr<ICustomers> customers = Customers(names);
+  int step = 0;
+  for (auto _ : state) {
+    IName* name = nullptr;
+    customers->GetItem(NextSpread(step, names), &name);
+    benchmark::DoNotOptimize(name);
+    if (name) name->Release();
+  }
+}
+BENCHMARK(BM_LookupByIndex)->Arg(1000)->Arg(10000)->Arg(100000);
+
+const bool kPairs = [] {
+  parcelon::bench::CompareWith("BM_LoadSyntheticCompany/100000", "BM_LoadSyntheticCompany/1000", 100000, 1000);
+  parcelon::bench::CompareWith("BM_LoadSyntheticCompany/10000", "BM_LoadSyntheticCompany/1000", 10000, 1000);
+  parcelon::bench::CompareWith("BM_LookupByRecNum/100000", "BM_LookupByRecNum/1000");
+  parcelon::bench::CompareWith("BM_LookupByIndex/100000", "BM_LookupByIndex/1000");
+  return true;
+}();
+
+}  // namespace

@@ -1,0 +1,148 @@
+// Fault injection: a fault fails exactly the named operation on exactly the chosen record, from a
+// test and from a fixture; unavailable interfaces and absent records.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "CompanyTestSupport.h"
+
+namespace parcelon::refhost::test {
+namespace {
+
+constexpr const char* kCompany = R"({
+  "terms": [{"recNum": 2, "name": "Net 30"}, {"recNum": 3, "name": "Net 60"}],
+  "customers": [
+    {"recNum": 2, "name": "Acme", "companyName": "Acme Inc", "firstName": "Ann",
+     "billingAddress": {"city": "Springfield"}},
+    {"recNum": 3, "name": "Globex", "companyName": "Globex Corp", "terms": 3},
+    {"recNum": 7, "name": "Roof", "parent": 2}
+  ],
+  "company": {"address": {"city": "Capital City"}}
+})";
+
+// The status of IName::GetCompanyName on name `recNum`.
+HRESULT CompanyNameOf(const CompanyPtr& company, LONG recNum) {
+  BSTR text = nullptr;
+  const HRESULT hr = RecordOf<IName>(company, recNum)->GetCompanyName(&text);
+  SysFreeString(text);
+  return hr;
+}
+
+HRESULT FirstNameOf(const CompanyPtr& company, LONG recNum) {
+  BSTR text = nullptr;
+  const HRESULT hr = RecordOf<IName>(company, recNum)->GetFirstName(&text);
+  SysFreeString(text);
+  return hr;
+}
+
+TEST(Faults, FailExactlyTheOperationOnTheRecord) {
+  const CompanyPtr company = LoadCompany(kCompany);
+  ASSERT_TRUE(company->faults.Fail("IName::GetCompanyName", E_ACCESSDENIED, 2));
+  EXPECT_EQ(E_ACCESSDENIED, CompanyNameOf(company, 2));
+  EXPECT_EQ(S_OK, CompanyNameOf(company, 3));
+  EXPECT_EQ(S_OK, FirstNameOf(company, 2));
+  EXPECT_EQ(1, company->faults.Triggered("IName::GetCompanyName"));
+}
+
+TEST(Faults, FailEveryRecordUnlessOneRecordHasItsOwn) {
+  const CompanyPtr company = LoadCompany(kCompany);
+  ASSERT_TRUE(company->faults.Fail("IName::GetCompanyName", E_FAIL));
+  ASSERT_TRUE(company->faults.Fail("IName::GetCompanyName", E_OUTOFMEMORY, 3));
+  EXPECT_EQ(E_FAIL, CompanyNameOf(company, 2));
+  EXPECT_EQ(E_OUTOFMEMORY, CompanyNameOf(company, 3));
+  EXPECT_EQ(S_OK, FirstNameOf(company, 3));
+}
+
+TEST(Faults, ListElementMethodsAnswerToTheRecordInterfaceAndToIListElement) {
+  const CompanyPtr company = LoadCompany(kCompany);
+  ASSERT_TRUE(company->faults.Fail("ITerm::GetName", E_FAIL, 2));
+  BSTR text = nullptr;
+  EXPECT_EQ(E_FAIL, RecordOf<ITerm>(company, 2)->GetName(&text));
+  EXPECT_EQ(S_OK, RecordOf<IName>(company, 2)->GetName(&text));
+  SysFreeString(text);
+  ASSERT_TRUE(company->faults.Fail("IListElement::LockForEdit", E_ACCESSDENIED, 3));
+  EXPECT_EQ(E_ACCESSDENIED, RecordOf<ITerm>(company, 3)->LockForEdit());
+  EXPECT_EQ(E_ACCESSDENIED, RecordOf<IName>(company, 3)->LockForEdit());
+  EXPECT_EQ(S_OK, RecordOf<IName>(company, 2)->LockForEdit());
+}
+
+TEST(Faults, ValuesBelongToTheRecordThatGaveThemOut) {
+  const CompanyPtr company = LoadCompany(kCompany);
+  ASSERT_TRUE(company->faults.Fail("IAddress::GetCity", E_FAIL, 2));
+  ComPtr<IAddress> billing;
+  ASSERT_EQ(S_OK, RecordOf<IName>(company, 2)->GetBillingAddress(billing.ReleaseAndGetAddressOf()));
+  BSTR city = nullptr;
+  EXPECT_EQ(E_FAIL, billing->GetCity(&city));
+  ComPtr<ICompanyFile> file;
+  ASSERT_EQ(S_OK, NewCompanyFile(company, file.ReleaseAndGetAddressOf()));
+  ComPtr<ICompanyInfo> info;
+  ASSERT_EQ(S_OK, file->GetCompanyInfo(info.ReleaseAndGetAddressOf()));
+  ComPtr<IAddress> companyAddress;
+  ASSERT_EQ(S_OK, info->GetAddress(companyAddress.ReleaseAndGetAddressOf()));
+  EXPECT_EQ(S_OK, companyAddress->GetCity(&city));
+  EXPECT_EQ(u"Capital City", Take(city));
+}
+
+TEST(Faults, RefuseWhatIsNoHostOperationOrNoFailure) {
+  Faults faults;
+  EXPECT_FALSE(faults.Fail("IFoo::GetName", E_FAIL));
+  EXPECT_FALSE(faults.Fail("GetName", E_FAIL));
+  EXPECT_FALSE(faults.Fail("IName::", E_FAIL));
+  EXPECT_FALSE(faults.Fail("IName::GetName", S_FALSE));
+  EXPECT_FALSE(faults.Active());
+}
+
+TEST(Faults, FromTheFixture) {
+  const std::string fixture = std::string(kCompany).insert(
+      1, R"("faults": [{"operation": "ICustomers::GetItemByRecNum", "hresult": "0x80004005"},
+                       {"operation": "IName::GetFirstName", "record": 2, "hresult": "E_POINTER"}],
+           "unavailable": ["ITerm2"],
+           "absent": [{"list": "customers", "record": 3}],
+           "lockedDataFileRecords": ["DataUpload"],)");
+  const CompanyPtr company = LoadCompany(fixture);
+  ComPtr<ICustomers> customers;
+  ASSERT_EQ(S_OK, ListsOf(company)->GetCustomers(customers.ReleaseAndGetAddressOf()));
+  ComPtr<IName> name;
+  EXPECT_EQ(E_FAIL, customers->GetItemByRecNum(RecNumVariant(2), name.ReleaseAndGetAddressOf()));
+  EXPECT_EQ(S_OK, customers->GetItem(0, name.ReleaseAndGetAddressOf()));
+  EXPECT_EQ(E_POINTER, FirstNameOf(company, 2));
+  ComPtr<ITerm2> term2;
+  EXPECT_EQ(E_NOINTERFACE, RecordOf<ITerm>(company, 2).As(term2));
+  EXPECT_TRUE(company->faults.IsAbsent(ListKind::Names, 3));
+  EXPECT_TRUE(company->faults.IsLockHeld(u"DataUpload"));
+  EXPECT_FALSE(company->faults.IsLockHeld(u"Other"));
+}
+
+TEST(Unavailable, QueryInterfaceFailsForThatInterfaceOnly) {
+  const CompanyPtr company = LoadCompany(kCompany);
+  const ComPtr<ITerm> term = RecordOf<ITerm>(company, 2);
+  ComPtr<ITerm2> term2;
+  ASSERT_EQ(S_OK, term.As(term2));
+  ASSERT_TRUE(company->faults.MakeUnavailable("ITerm2"));
+  EXPECT_EQ(E_NOINTERFACE, term.As(term2));
+  EXPECT_FALSE(term2);
+  ComPtr<IListElement> element;
+  EXPECT_EQ(S_OK, term.As(element));
+  EXPECT_FALSE(company->faults.MakeUnavailable("ITerm9"));
+}
+
+TEST(Absent, LookupsByRecordNumberDoNotFindTheRecord) {
+  const CompanyPtr company = LoadCompany(kCompany);
+  company->faults.MakeAbsent(ListKind::Names, 2);
+  ComPtr<ICustomers> customers;
+  ASSERT_EQ(S_OK, ListsOf(company)->GetCustomers(customers.ReleaseAndGetAddressOf()));
+  ComPtr<IName> name;
+  EXPECT_EQ(LX_E_NOTFOUND,
+            customers->GetItemByRecNum(RecNumVariant(2), name.ReleaseAndGetAddressOf()));
+  EXPECT_EQ(S_OK, customers->GetItemByRecNum(RecNumVariant(3), name.ReleaseAndGetAddressOf()));
+  // A reference to it finds nothing either; the term of the same number is there.
+  ComPtr<IName> parent;
+  EXPECT_EQ(LX_E_NOTFOUND, RecordOf<IName>(company, 7)->GetParent(parent.ReleaseAndGetAddressOf()));
+  EXPECT_EQ(2, RecNumOf(RecordOf<ITerm>(company, 2)));
+  LONG count = 0;
+  EXPECT_EQ(S_OK, customers->GetCount(&count));
+  EXPECT_EQ(3, count);
+}
+
+}  // namespace
+}  // namespace parcelon::refhost::test

@@ -1,0 +1,562 @@
+// The company store: round trips through the file, what a second process sees, the record lock
+// across processes and after its holder dies, and the files the store refuses untouched.
+//
+// The second process is this test binary run again with a filter selecting StoreChild.Run, which
+// plays the role named in its environment; the processes talk through pipes.
+#if PARCELON_HAVE_SQLITE
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/DataFile.h"
+#include "platform/Bstr.h"
+#include "platform/ComPtr.h"
+#include "refhost/CompanyData.h"
+#include "refhost/CompanyStore.h"
+#include "refhost/DataFileObjects.h"
+#include "support/TestSupport.h"
+
+namespace parcelon::refhost {
+namespace {
+
+using test::MakeBstr;
+using test::ReadFile;
+using test::ScratchFolder;
+using test::WriteFile;
+
+const char kFixture[] = R"({"company": {"name": "Caf\u00e9 & Sons \u2019"}, "customers": []})";
+const std::string kRecord = "Orvane:NetworkAdapter:DataUpload";
+const std::string kToken = "LastDataUploadToken";
+const Text kUploadTime = u"ParcelonUploadTime";
+const Text kOwner = u"{54901C71-3408-44fb-9031-7B4BB81D871C}";
+
+// The message of the StoreError that `action` throws; empty when it throws none.
+template <class Action>
+std::string ErrorOf(Action&& action) {
+  try {
+    action();
+  } catch (const StoreError& error) {
+    return error.what();
+  }
+  return {};
+}
+
+// Runs raw SQL on a database file, outside the store.
+void RunSql(const std::string& path, const std::string& sql) {
+  sqlite3* db = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open(path.c_str(), &db));
+  char* message = nullptr;
+  EXPECT_EQ(SQLITE_OK, sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &message))
+      << (message ? message : "");
+  sqlite3_free(message);
+  sqlite3_close(db);
+}
+
+std::shared_ptr<Company> CompanyOver(const std::string& path) {
+  auto company = std::make_shared<Company>();
+  company->store = CompanyStore::Open(path);
+  return company;
+}
+
+IDataFileRecordPtr TakeRecord(const std::shared_ptr<Company>& company, const std::string& name) {
+  IDataFileRecordsPtr records;
+  if (FAILED(NewDataFileRecords(company, records.ReleaseAndGetAddressOf()))) return {};
+  VARIANT_BOOL exists = VARIANT_FALSE;
+  records->Exists(MakeBstr(name).Get(), &exists);
+  IDataFileRecordPtr record;
+  if (exists)
+    records->GetItem(MakeBstr(name).Get(), record.ReleaseAndGetAddressOf());
+  else
+    records->Add(MakeBstr(name).Get(), record.ReleaseAndGetAddressOf());
+  return record;
+}
+
+bool TryLock(const IDataFileRecordPtr& record) {
+  VARIANT_BOOL locked = VARIANT_FALSE;
+  return SUCCEEDED(record->TryLock(&locked)) && locked == VARIANT_TRUE;
+}
+
+// Writes the token as the component does: lock, write, data version 1, save, unlock.
+bool WriteToken(const std::shared_ptr<Company>& company, const std::string& token) {
+  IDataFileRecordPtr record = TakeRecord(company, kRecord);
+  IDataFilePropertyBagPtr bag;
+  if (!record || !TryLock(record) || FAILED(record->GetPropertyBag(bag.ReleaseAndGetAddressOf())))
+    return false;
+  VARIANT value;
+  value.vt = VT_BSTR;
+  value.bstrVal = MakeBstr(token).Detach();
+  const bool written = SUCCEEDED(bag->Write(MakeBstr(kToken).Get(), value)) &&
+                       SUCCEEDED(record->SetDataVersion(1)) && SUCCEEDED(record->Save());
+  VariantClear(&value);
+  return SUCCEEDED(record->Unlock()) && written;
+}
+
+std::string ReadToken(const std::shared_ptr<Company>& company) {
+  IDataFileRecordPtr record = TakeRecord(company, kRecord);
+  IDataFilePropertyBagPtr bag;
+  if (!record || FAILED(record->GetPropertyBag(bag.ReleaseAndGetAddressOf()))) return "<none>";
+  VARIANT value;
+  VariantInit(&value);
+  if (FAILED(bag->Read(MakeBstr(kToken).Get(), &value))) return "<failed>";
+  const std::string text = value.vt == VT_BSTR ? TextToUtf8(FromBstr(value.bstrVal)) : "<empty>";
+  VariantClear(&value);
+  return text;
+}
+
+// ---------------------------------------------------------------------------------------------
+// The second process.
+
+constexpr char kRoleVariable[] = "PARCELON_STORE_CHILD";
+constexpr char kStoreVariable[] = "PARCELON_STORE_CHILD_STORE";
+constexpr char kInVariable[] = "PARCELON_STORE_CHILD_IN";
+constexpr char kOutVariable[] = "PARCELON_STORE_CHILD_OUT";
+
+// This test binary, run again as the child playing `role` on the store at `store`. The child
+// reads one-letter commands from the parent and answers with lines.
+class Child {
+ public:
+  Child(const std::string& role, const std::string& store) {
+    int toChild[2], fromChild[2];
+    if (::pipe2(toChild, O_CLOEXEC) != 0) return;
+    if (::pipe2(fromChild, O_CLOEXEC) != 0) {
+      ::close(toChild[0]);
+      ::close(toChild[1]);
+      return;
+    }
+    // Everything the child needs is made before fork, which leaves it only system calls to do.
+    std::vector<std::string> variables = {
+        std::string(kRoleVariable) + "=" + role,
+        std::string(kStoreVariable) + "=" + store,
+        std::string(kInVariable) + "=" + std::to_string(toChild[0]),
+        std::string(kOutVariable) + "=" + std::to_string(fromChild[1]),
+    };
+    std::vector<char*> environment;
+    for (std::string& variable : variables) environment.push_back(variable.data());
+    for (char** inherited = environ; *inherited; ++inherited) environment.push_back(*inherited);
+    environment.push_back(nullptr);
+    char program[] = "refhost_tests";
+    char filter[] = "--gtest_filter=StoreChild.Run";
+    char* arguments[] = {program, filter, nullptr};
+
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+      // The two ends the child keeps must survive exec; its test runner's report would only
+      // repeat what the parent checks.
+      ::fcntl(toChild[0], F_SETFD, 0);
+      ::fcntl(fromChild[1], F_SETFD, 0);
+      const int quiet = ::open("/dev/null", O_WRONLY);
+      if (quiet >= 0) ::dup2(quiet, STDOUT_FILENO);
+      ::execve("/proc/self/exe", arguments, environment.data());
+      ::_exit(127);
+    }
+    ::close(toChild[0]);
+    ::close(fromChild[1]);
+    in_ = fromChild[0];
+    out_ = toChild[1];
+    pid_ = pid;
+  }
+
+  ~Child() {
+    Close();
+    if (pid_ > 0) {
+      ::kill(pid_, SIGKILL);
+      ::waitpid(pid_, nullptr, 0);
+    }
+    if (in_ >= 0) ::close(in_);
+  }
+
+  bool Started() const { return pid_ > 0; }
+
+  void Send(char command) {
+    if (out_ >= 0) (void)!::write(out_, &command, 1);
+  }
+  // Closes the child's command pipe, which it reads as "finish".
+  void Close() {
+    if (out_ >= 0) ::close(out_);
+    out_ = -1;
+  }
+
+  // The child's next line, without its end; "<eof>" when the child has closed its end or died.
+  std::string ReadLine() {
+    std::string line;
+    char c;
+    while (true) {
+      const ssize_t n = ::read(in_, &c, 1);
+      if (n < 0 && errno == EINTR) continue;
+      if (n <= 0) return "<eof>";
+      if (c == '\n') return line;
+      line.push_back(c);
+    }
+  }
+
+  // Waits for the child to end; its exit status, or -signal when a signal ended it.
+  int Wait() {
+    int status = 0;
+    if (pid_ <= 0 || ::waitpid(pid_, &status, 0) != pid_) return -1000;
+    pid_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  }
+
+  void Kill() {
+    if (pid_ > 0) ::kill(pid_, SIGKILL);
+  }
+
+ private:
+  pid_t pid_ = -1;
+  int in_ = -1;
+  int out_ = -1;
+};
+
+// The child's side. Roles:
+//   "read":  prints the token, then the upload-time attributes of name 7 as "name7=<values>".
+//   "write": writes the token "from the child", prints "saved", and ends without closing
+//            anything, as a crash would.
+//   "lock":  takes the record's lock and prints "locked" or "refused"; then, per command, 't'
+//            tries again and prints the answer, 'u' unlocks and prints "unlocked"; ends when the
+//            parent closes the pipe.
+TEST(StoreChild, Run) {
+  const char* role = std::getenv(kRoleVariable);
+  if (!role) GTEST_SKIP() << "plays the second process of the cross-process tests";
+  const int in = std::atoi(std::getenv(kInVariable));
+  const int out = std::atoi(std::getenv(kOutVariable));
+  auto say = [&](const std::string& line) {
+    const std::string text = line + "\n";
+    (void)!::write(out, text.data(), text.size());
+  };
+  std::shared_ptr<Company> company;
+  try {
+    company = CompanyOver(std::getenv(kStoreVariable));
+  } catch (const StoreError& error) {
+    say(std::string("error: ") + error.what());
+    ::_exit(2);
+  }
+  const std::string which = role;
+  if (which == "read") {
+    say(ReadToken(company));
+    std::string values;
+    for (const StoredAttributes& stored : company->store->Attributes()) {
+      if (stored.list != ListKind::Names || stored.recNum != 7) continue;
+      for (const Attribute& attribute : stored.attributes)
+        if (attribute.name == kUploadTime && attribute.owner == kOwner)
+          values += std::to_string(attribute.value);
+    }
+    say("name7=" + values);
+  } else if (which == "write") {
+    say(WriteToken(company, "from the child") ? "saved" : "failed");
+    ::_exit(0);
+  } else if (which == "lock") {
+    IDataFileRecordPtr record = TakeRecord(company, kRecord);
+    say(TryLock(record) ? "locked" : "refused");
+    char command;
+    while (::read(in, &command, 1) == 1) {
+      if (command == 't') say(TryLock(record) ? "locked" : "refused");
+      if (command == 'u') say(SUCCEEDED(record->Unlock()) ? "unlocked" : "unlock failed");
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+
+class StoreTest : public ::testing::Test {
+ protected:
+  std::shared_ptr<CompanyStore> CreateStore() {
+    Company company;
+    DataFileRecord seeded;
+    seeded.name = u"Seeded";
+    seeded.dataVersion = 3;
+    PropertyValue value;
+    value.type = VT_I4;
+    value.integer = 12;
+    seeded.properties[u"Count"] = value;
+    company.dataFileRecords[seeded.name] = seeded;
+    return CompanyStore::Create(path_, kFixture, "samples/company.json", company);
+  }
+
+  ScratchFolder folder_;
+  const std::string path_ = folder_.File("company.db");
+};
+
+TEST_F(StoreTest, FixtureAttributesFieldsAndRecordsSurviveReopening) {
+  {
+    auto store = CreateStore();
+    store->WriteAttributes(ListKind::Names, 7, {Attribute{kUploadTime, kOwner, 1700000000}});
+    store->WriteAttributes(ListKind::Terms, 2, {});
+    store->WriteAttributes(ListKind::Items, -5,
+                           {Attribute{u"B", u"{X}", -1}, Attribute{u"A", u"{X}", 2}});
+    store->SaveRecord(ListKind::Names, 7, {{"email", R"("a@b.example")"}, {"hidden", "true"}},
+                      nullptr);
+    DataFileSave save;
+    save.version = 1;
+    save.properties[u"LastDataUploadToken"] = PropertyValue{VT_BSTR, 0, 0, u"T\u00e9-1"};
+    store->Save(u"Orvane:NetworkAdapter:DataUpload", save);
+  }
+  auto store = CompanyStore::Open(path_);
+  EXPECT_EQ(kFixture, store->FixtureJson());
+  EXPECT_EQ("samples/company.json", store->FixtureSource());
+
+  const auto attributes = store->Attributes();
+  ASSERT_EQ(3u, attributes.size());
+  EXPECT_EQ(ListKind::Names, attributes[0].list);
+  EXPECT_EQ(7, attributes[0].recNum);
+  ASSERT_EQ(1u, attributes[0].attributes.size());
+  EXPECT_EQ(kUploadTime, attributes[0].attributes[0].name);
+  EXPECT_EQ(kOwner, attributes[0].attributes[0].owner);
+  EXPECT_EQ(1700000000, attributes[0].attributes[0].value);
+  EXPECT_EQ(ListKind::Terms, attributes[1].list);
+  EXPECT_TRUE(attributes[1].attributes.empty()) << "an empty set is kept: it hides the fixture's";
+  EXPECT_EQ(-5, attributes[2].recNum);
+  ASSERT_EQ(2u, attributes[2].attributes.size());
+
+  const auto fields = store->RecordFields();
+  ASSERT_EQ(2u, fields.size());
+  EXPECT_EQ("email", fields[0].field.name);
+  EXPECT_EQ(R"("a@b.example")", fields[0].field.json);
+  EXPECT_EQ("hidden", fields[1].field.name);
+
+  const PropertyValue token = store->Read(u"Orvane:NetworkAdapter:DataUpload", u"LastDataUploadToken");
+  EXPECT_EQ(VT_BSTR, token.type);
+  EXPECT_EQ(u"T\u00e9-1", token.text);
+  EXPECT_EQ(1, store->DataVersion(u"Orvane:NetworkAdapter:DataUpload"));
+  EXPECT_EQ(3, store->DataVersion(u"Seeded")) << "the fixture's records are kept from the start";
+  EXPECT_EQ(12, store->Read(u"Seeded", u"Count").integer);
+}
+
+TEST_F(StoreTest, LaterWritesReplaceEarlierOnes) {
+  auto store = CreateStore();
+  store->WriteAttributes(ListKind::Names, 7, {Attribute{kUploadTime, kOwner, 1}});
+  store->WriteAttributes(ListKind::Classes, 1, {Attribute{kUploadTime, kOwner, 1}});
+  store->SaveRecord(ListKind::Names, 7, {{"email", "\"old\""}, {"note", "\"n\""}}, nullptr);
+  const std::vector<Attribute> later = {Attribute{kUploadTime, kOwner, 2}};
+  store->SaveRecord(ListKind::Names, 7, {{"email", "\"new\""}}, &later);
+  store->WriteAttributes(ListKind::Classes, 1, {});
+
+  const auto attributes = store->Attributes();
+  ASSERT_EQ(2u, attributes.size());
+  ASSERT_EQ(1u, attributes[0].attributes.size());
+  EXPECT_EQ(2, attributes[0].attributes[0].value);
+  EXPECT_TRUE(attributes[1].attributes.empty());
+  const auto fields = store->RecordFields();
+  ASSERT_EQ(2u, fields.size());
+  EXPECT_EQ("\"new\"", fields[0].field.json);
+  EXPECT_EQ("\"n\"", fields[1].field.json);
+}
+
+TEST_F(StoreTest, CreateRefusesAnExistingFileAndLeavesItAlone) {
+  WriteFile(path_, "someone's file");
+  EXPECT_EQ("company store \"" + path_ + "\" already exists", ErrorOf([&] { CreateStore(); }));
+  EXPECT_EQ("someone's file", ReadFile(path_));
+}
+
+TEST_F(StoreTest, CreateInAMissingFolderNamesTheStoreAndLeavesNothing) {
+  const std::string path = folder_.File("missing/company.db");
+  EXPECT_EQ("company store \"" + path + "\": unable to open database file",
+            ErrorOf([&] { CompanyStore::Create(path, kFixture, "test", Company()); }));
+  EXPECT_FALSE(test::FileExists(folder_.File("missing")));
+}
+
+TEST_F(StoreTest, MissingStoreIsNamed) {
+  EXPECT_EQ("company store \"" + path_ + "\": No such file or directory",
+            ErrorOf([&] { CompanyStore::Open(path_); }));
+}
+
+// Files that are not company stores are refused with a message naming them, and left as they
+// were, byte for byte, with no lock file made beside them.
+TEST_F(StoreTest, FilesThatAreNotStoresAreRefusedUntouched) {
+  struct Case {
+    const char* label;
+    std::string make;
+    std::string error;
+  };
+  const std::string name = "\"" + path_ + "\"";
+  const Case cases[] = {
+      {"text file", "", name + " is not a Parcelon company store: file is not a database"},
+      {"SQLite of another application", "CREATE TABLE meta(key, value);",
+       name + " is not a Parcelon company store: an SQLite database of another application"},
+      {"our mark without tables", "PRAGMA application_id = 1348686708; CREATE TABLE t(x);",
+       "company store " + name + " is damaged: it has no meta table"},
+      {"no schema version",
+       "PRAGMA application_id = 1348686708; CREATE TABLE meta(key, value);",
+       "company store " + name + " is damaged: it has no schema version"},
+      {"schema version as text",
+       "PRAGMA application_id = 1348686708; CREATE TABLE meta(key, value);"
+       "INSERT INTO meta VALUES('schema_version', '1');",
+       "company store " + name + " is damaged: its schema version is not a number"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    std::remove(path_.c_str());
+    if (c.make.empty())
+      WriteFile(path_, std::string(8192, 'x'));
+    else
+      RunSql(path_, c.make);
+    const std::string before = ReadFile(path_);
+    EXPECT_EQ(c.error, ErrorOf([&] { CompanyStore::Open(path_); }));
+    EXPECT_EQ(before, ReadFile(path_));
+    EXPECT_FALSE(test::FileExists(path_ + ".locks"));
+  }
+}
+
+TEST_F(StoreTest, OtherSchemaVersionsAreRefusedUntouched) {
+  for (const char* version : {"2", "0", "-1"}) {
+    SCOPED_TRACE(version);
+    std::remove(path_.c_str());
+    CreateStore().reset();
+    RunSql(path_, std::string("UPDATE meta SET value = ") + version +
+                      " WHERE key = 'schema_version'");
+    std::remove((path_ + ".locks").c_str());
+    const std::string before = ReadFile(path_);
+    EXPECT_EQ("company store \"" + path_ + "\" has schema version " + version +
+                  ", but this build reads only version 1; the store was left untouched",
+              ErrorOf([&] { CompanyStore::Open(path_); }));
+    EXPECT_EQ(before, ReadFile(path_));
+    EXPECT_FALSE(test::FileExists(path_ + ".locks"));
+  }
+}
+
+TEST_F(StoreTest, CorruptStoreEndsInAClearError) {
+  CreateStore().reset();
+  std::string bytes = ReadFile(path_);
+  ASSERT_GT(bytes.size(), 4096u * 2);
+  // Every page but the first (which holds the schema) overwritten.
+  for (size_t i = 4096; i < bytes.size(); ++i) bytes[i] = char(0xA5);
+  WriteFile(path_, bytes);
+  EXPECT_EQ("company store \"" + path_ + "\": database disk image is malformed",
+            ErrorOf([&] { CompanyStore::Open(path_)->FixtureJson(); }));
+}
+
+TEST_F(StoreTest, OversizedStoredValueIsRefusedUnread) {
+  CreateStore().reset();
+  RunSql(path_, "INSERT INTO data_file_property(record, name, type, value) "
+                "VALUES('Seeded', 'Huge', 8, zeroblob(2097152))");
+  auto store = CompanyStore::Open(path_);
+  EXPECT_EQ("company store \"" + path_ +
+                "\" is damaged: a data file record property holds 2097152 bytes, more than the "
+                "1048576 allowed",
+            ErrorOf([&] { store->Read(u"Seeded", u"Huge"); }));
+  EXPECT_EQ(12, store->Read(u"Seeded", u"Count").integer);
+}
+
+TEST_F(StoreTest, DamagedValuesAreReportedNotTrusted) {
+  CreateStore().reset();
+  RunSql(path_, "INSERT INTO data_file_property(record, name, type, value) VALUES "
+                "('Seeded', 'OddText', 8, x'414243'), ('Seeded', 'WideI4', 3, 4294967296), "
+                "('Seeded', 'Unknown', 13, 0), ('Seeded', 'TextAsInt', 8, 5);"
+                "INSERT INTO attribute_record(list, rec_num) VALUES('vendors', 1);");
+  auto store = CompanyStore::Open(path_);
+  const std::string damaged = "company store \"" + path_ + "\" is damaged: ";
+  for (const char16_t* property : {u"OddText", u"WideI4", u"Unknown", u"TextAsInt"})
+    EXPECT_EQ(damaged + "the value of a data file record property",
+              ErrorOf([&] { store->Read(u"Seeded", property); }));
+  EXPECT_EQ(damaged + "unknown list \"vendors\" in attribute_record",
+            ErrorOf([&] { store->Attributes(); }));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Two processes.
+
+TEST_F(StoreTest, SecondProcessSeesTheFirstsStamps) {
+  CreateStore()->WriteAttributes(ListKind::Names, 7, {Attribute{kUploadTime, kOwner, 1700000123}});
+  ASSERT_TRUE(WriteToken(CompanyOver(path_), "token 9"));
+
+  Child child("read", path_);
+  ASSERT_TRUE(child.Started());
+  EXPECT_EQ("token 9", child.ReadLine());
+  EXPECT_EQ("name7=1700000123", child.ReadLine());
+  EXPECT_EQ(0, child.Wait());
+}
+
+TEST_F(StoreTest, OpenStoreSeesWhatAnotherProcessCommittedBeforeDying) {
+  auto company = std::make_shared<Company>();
+  company->store = CreateStore();
+  ASSERT_TRUE(WriteToken(company, "from the parent"));
+  IDataFileRecordPtr held = TakeRecord(company, kRecord);
+  IDataFilePropertyBagPtr bag;
+  ASSERT_EQ(S_OK, held->GetPropertyBag(bag.ReleaseAndGetAddressOf()));
+
+  Child child("write", path_);
+  ASSERT_TRUE(child.Started());
+  EXPECT_EQ("saved", child.ReadLine());
+  EXPECT_EQ(0, child.Wait());
+
+  // Through the record object taken before the child wrote, and through a new one.
+  VARIANT value;
+  VariantInit(&value);
+  ASSERT_EQ(S_OK, bag->Read(MakeBstr(kToken).Get(), &value));
+  EXPECT_EQ("from the child", TextToUtf8(FromBstr(value.bstrVal)));
+  VariantClear(&value);
+  EXPECT_EQ("from the child", ReadToken(company));
+}
+
+TEST_F(StoreTest, LockIsRefusedToTheOtherProcessUntilReleased) {
+  auto company = std::make_shared<Company>();
+  company->store = CreateStore();
+  IDataFileRecordPtr record = TakeRecord(company, kRecord);
+
+  // The child holds it: the parent is refused.
+  {
+    Child child("lock", path_);
+    ASSERT_TRUE(child.Started());
+    ASSERT_EQ("locked", child.ReadLine());
+    EXPECT_FALSE(TryLock(record));
+    child.Send('u');
+    ASSERT_EQ("unlocked", child.ReadLine());
+    EXPECT_TRUE(TryLock(record));
+    child.Close();
+    EXPECT_EQ(0, child.Wait());
+  }
+  // The parent holds it: the child is refused until the parent unlocks.
+  Child child("lock", path_);
+  ASSERT_TRUE(child.Started());
+  EXPECT_EQ("refused", child.ReadLine());
+  ASSERT_EQ(S_OK, record->Unlock());
+  child.Send('t');
+  EXPECT_EQ("locked", child.ReadLine());
+  EXPECT_FALSE(TryLock(record));
+  child.Close();
+  EXPECT_EQ(0, child.Wait());
+  EXPECT_TRUE(TryLock(record)) << "the lock ends with the process that held it";
+}
+
+TEST_F(StoreTest, DyingHolderLeavesTheLockFree) {
+  auto company = std::make_shared<Company>();
+  company->store = CreateStore();
+  IDataFileRecordPtr record = TakeRecord(company, kRecord);
+
+  Child child("lock", path_);
+  ASSERT_TRUE(child.Started());
+  ASSERT_EQ("locked", child.ReadLine());
+  EXPECT_FALSE(TryLock(record));
+  child.Kill();
+  EXPECT_EQ(-SIGKILL, child.Wait());
+  EXPECT_TRUE(TryLock(record));
+}
+
+TEST_F(StoreTest, TwoOpensInOneProcessExcludeEachOther) {
+  CreateStore().reset();
+  auto first = CompanyOver(path_);
+  auto second = CompanyOver(path_);
+  IDataFileRecordPtr mine = TakeRecord(first, kRecord);
+  IDataFileRecordPtr theirs = TakeRecord(second, kRecord);
+  EXPECT_TRUE(TryLock(mine));
+  EXPECT_FALSE(TryLock(theirs));
+  ASSERT_EQ(S_OK, mine->Unlock());
+  EXPECT_TRUE(TryLock(theirs));
+  EXPECT_FALSE(TryLock(mine));
+}
+
+}  // namespace
+}  // namespace parcelon::refhost
+
+#endif  // PARCELON_HAVE_SQLITE
