@@ -1,0 +1,116 @@
+// The common frame of the component's COM objects: reference counting, creation through an
+// interface, interface-list matching for QueryInterface, IDispatch for the dual interfaces, and
+// the class object of each class.
+#pragma once
+
+#include <new>
+
+#include "diagnostics/LogIfFailed.h"
+#include "platform/ComBase.h"
+#include "platform/Dispatch.h"
+
+namespace parcelon {
+
+// True when `riid` names one of `Interfaces`.
+template <class... Interfaces>
+bool IsOneOf(REFIID riid) {
+  return ((riid == IidOf<Interfaces>()) || ...);
+}
+
+// The reference count of an apartment object (all calls arrive on one thread). The object
+// deletes itself on the last Release.
+template <class Derived>
+class CRefCounted {
+ protected:
+  ULONG AddRefImpl() { return ++refs_; }
+  ULONG ReleaseImpl() {
+    const ULONG left = --refs_;
+    if (left == 0) delete static_cast<Derived*>(this);
+    return left;
+  }
+
+ private:
+  ULONG refs_ = 0;
+};
+
+// The IDispatch part of a dual interface. There is no type information yet, so automation by name
+// is not offered; callers use the interface's own slots.
+template <class Interface>
+class CDispatchStub : public Interface {
+ public:
+  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
+    if (!count) return E_POINTER;
+    *count = 0;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** typeInfo) override {
+    if (typeInfo) *typeInfo = nullptr;
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                   UINT*) override {
+    return E_NOTIMPL;
+  }
+};
+
+// Runs `body`, which returns an HRESULT, and turns a ComError or an allocation failure raised
+// inside it into its HRESULT, so that no exception crosses an interface method.
+template <class Body>
+HRESULT Guarded(Body&& body) {
+  HRESULT hr = S_OK;
+  const HRESULT caught = CatchComError([&] { hr = body(); });
+  return FAILED(caught) ? caught : hr;
+}
+
+// A new BSTR of `text` in `*out`; E_OUTOFMEMORY when it cannot allocate.
+inline HRESULT ReturnText(const OLECHAR* text, BSTR* out) {
+  if (!out) return E_POINTER;
+  *out = SysAllocString(text);
+  return *out ? S_OK : E_OUTOFMEMORY;
+}
+
+// A copy of `source` in `*copy`; a null string stays null. E_OUTOFMEMORY when it cannot allocate.
+inline HRESULT CopyBstr(BSTR source, BSTR* copy) {
+  if (!copy) return E_POINTER;
+  *copy = source ? SysAllocStringLen(source, SysStringLen(source)) : nullptr;
+  return (*copy || !source) ? S_OK : E_OUTOFMEMORY;
+}
+
+// Creates a T and returns its interface `riid`; the object goes away again when it has no such
+// interface.
+template <class T>
+HRESULT CreateComObject(REFIID riid, void** ppv) {
+  if (!ppv) return E_POINTER;
+  *ppv = nullptr;
+  T* object = new (std::nothrow) T();
+  if (!object) return E_OUTOFMEMORY;
+  object->AddRef();
+  const HRESULT hr = object->QueryInterface(riid, ppv);
+  object->Release();
+  return hr;
+}
+
+// The class object of T: a process-lifetime object that creates T without aggregation.
+template <class T>
+class CClassFactory final : public IClassFactory {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
+    if (!ppv) return E_POINTER;
+    *ppv = IsOneOf<IUnknown, IClassFactory>(riid) ? static_cast<IClassFactory*>(this) : nullptr;
+    return *ppv ? S_OK : E_NOINTERFACE;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+  ULONG STDMETHODCALLTYPE Release() override { return 1; }
+  HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override {
+    if (!ppv) return E_POINTER;
+    *ppv = nullptr;
+    if (outer) return CLASS_E_NOAGGREGATION;
+    return CreateComObject<T>(riid, ppv);
+  }
+  HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+};
+
+}  // namespace parcelon

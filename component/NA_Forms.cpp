@@ -1,0 +1,521 @@
+#include "component/NA_Forms.h"
+
+#include <algorithm>
+#include <climits>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+#include "component/NA_Form.h"
+#include "diagnostics/Dumps.h"
+#include "diagnostics/FeatureSettings.h"
+#include "diagnostics/LogIfFailed.h"
+#include "forms/EnumToString.h"
+#include "platform/CodePage.h"
+
+namespace {
+
+using OleString = std::basic_string<OLECHAR>;
+using OleStringView = std::basic_string_view<OLECHAR>;
+using parcelon::Guarded;
+using parcelon::ReturnText;
+
+constexpr const char* kBuildXMLPrefix = "Parcelon:CNA_Forms::BuildXML(short, BSTR*)";
+constexpr const char* kOnSynchCompletedPrefix = "Parcelon:CNA_Forms::OnSynchCompleted()";
+constexpr const char* kURLPrefix = "Parcelon:CNA_Forms::get_URL";
+constexpr const char* kContentTypePrefix = "Parcelon:CNA_Forms::get_ContentType";
+constexpr const char* kRequestHeaderParamsPrefix = "Parcelon:CNA_Forms::get_RequestHeaderParams";
+constexpr const char* kResponseHeaderParamNamePrefix =
+    "Parcelon:CNA_Forms::get_ResponseHeaderParamName";
+constexpr const char* kSetResponseHeaderParamValuePrefix =
+    "Parcelon:CNA_Forms::SetResponseHeaderParamValue";
+constexpr const char* kTxEParamsPrefix = "Parcelon:CNA_Forms::get_TxEParams";
+
+constexpr uint64_t kBuilderCapacity = 4096;
+
+constexpr const char* kFormGatewayURLKey = "EmailService.FormGatewayURL";
+constexpr const char* kFormGatewayAttachURLKey = "EmailService.FormGatewayAttachURL";
+
+// The document type declarations: the host forms' request, and the delivery request of any other
+// document.
+constexpr const OLECHAR* kLXMainDocType = PARCELON_OLESTR(
+    "ZPN PUBLIC '-//ORVANE//DTD LXN Platform LXMAIN 1.0//EN' "
+    "'https://gateway.orvane.example/dtds/lxmain.dtd'");
+constexpr const OLECHAR* kFormGateDocType = PARCELON_OLESTR(
+    "ZPN PUBLIC '-//ORVANE//DTD LXN Platform FORMGATE 1.0//EN' "
+    "'https://gateway.orvane.example/dtds/formgate.dtd'");
+
+// The response header that carries the attachment's message identifier, and the cookie in it:
+// "messageid=" and the identifier, up to the next ";".
+constexpr OleStringView kCookieHeader = PARCELON_OLESTR("Set-Cookie");
+constexpr OleStringView kMessageIdName = PARCELON_OLESTR("messageid");
+constexpr OLECHAR kCookieSeparator = PARCELON_OLESTR(';');
+// The identifier starts this many characters after "messageid" ...
+constexpr ptrdiff_t kMessageIdOffset = 10;
+// ... and is this much shorter than the text from "messageid" to the separator.
+constexpr ptrdiff_t kMessageIdOverhead = 11;
+// The identifier must be shorter than this.
+constexpr ptrdiff_t kMessageIdLimit = 100;
+
+constexpr const char* kNoMessageId = "Did not find expected messageid value";
+
+// The send methods that deliver the form, and so travel with an attachment pass first.
+bool IsDelivering(NASendType method) {
+  return method == nastEMAIL || method == nastFAX || method == nastPAPER_MAIL;
+}
+
+// A BSTR as text; null reads as empty.
+OleStringView ViewOf(BSTR text) {
+  return OleStringView(text ? text : PARCELON_OLESTR(""), SysStringLen(text));
+}
+
+// Appends one request header line: the name, ": ", the value and CR LF.
+void AppendHeaderLine(OleString& text, OleStringView name, OleStringView value) {
+  text.append(name).append(PARCELON_OLESTR(": ")).append(value).append(PARCELON_OLESTR("\r\n"));
+}
+
+// A new BSTR of `text` in `*out`.
+HRESULT ReturnText(const OleString& text, BSTR* out) {
+  *out = SysAllocStringLen(text.data(), UINT(text.size()));
+  return *out ? S_OK : E_OUTOFMEMORY;
+}
+
+}  // namespace
+
+// ---- IUnknown -------------------------------------------------------------------------------
+
+HRESULT CNA_Forms::QueryInterface(REFIID riid, void** ppv) {
+  if (!ppv) return E_POINTER;
+  if (parcelon::IsOneOf<IUnknown, IDispatch, INA_Forms, INA_Forms2>(riid)) {
+    *ppv = static_cast<INA_Forms2*>(this);
+  } else if (parcelon::IsOneOf<INA_Base, INA_Base2, INA_Base3, INA_Base4, INA_Base5>(riid)) {
+    *ppv = static_cast<INA_Base5*>(this);
+  } else {
+    *ppv = nullptr;
+    return E_NOINTERFACE;
+  }
+  AddRef();
+  return S_OK;
+}
+
+// ---- INA_Forms, INA_Forms2 ------------------------------------------------------------------
+
+HRESULT CNA_Forms::AddForm(INA_Form** pForm) {
+  if (!pForm) return E_POINTER;
+  *pForm = nullptr;
+  return Guarded([&] {
+    ComPtr<INA_Form7> form;
+    const HRESULT hr =
+        CNA_Form::CreateInstance(IidOf<INA_Form7>(), form.ReleaseAndGetVoidAddress());
+    if (FAILED(hr)) return hr;
+    forms_.push_back(form);
+    *pForm = form.Detach();
+    return S_OK;
+  });
+}
+
+HRESULT CNA_Forms::RemoveAllForms() {
+  forms_.clear();
+  return S_OK;
+}
+
+HRESULT CNA_Forms::get_ForceNewCompany(VARIANT_BOOL* pVal) {
+  if (!pVal) return E_POINTER;
+  *pVal = forceNewCompany_;
+  return S_OK;
+}
+
+HRESULT CNA_Forms::put_ForceNewCompany(VARIANT_BOOL newVal) {
+  forceNewCompany_ = newVal;
+  return S_OK;
+}
+
+HRESULT CNA_Forms::get_DoAllCustomers(VARIANT_BOOL* pVal) {
+  if (!pVal) return E_POINTER;
+  *pVal = doAllCustomers_;
+  return S_OK;
+}
+
+HRESULT CNA_Forms::put_DoAllCustomers(VARIANT_BOOL newVal) {
+  doAllCustomers_ = newVal;
+  return S_OK;
+}
+
+HRESULT CNA_Forms::get_UploadScope(NAUploadScope* pVal) {
+  if (!pVal) return E_POINTER;
+  *pVal = uploadScope_;
+  return S_OK;
+}
+
+HRESULT CNA_Forms::put_UploadScope(NAUploadScope newVal) {
+  uploadScope_ = newVal;
+  return S_OK;
+}
+
+// ---- The send states ------------------------------------------------------------------------
+
+HRESULT CNA_Forms::Initialize() {
+  if (forms_.empty()) {
+    // Nothing to send: the send is over before it begins.
+    currentForm_.Reset();
+    state_ = kDone;
+    return E_UNEXPECTED;
+  }
+  cursor_ = 0;
+  currentForm_ = forms_.front();
+  NASendType method = nastNONE;
+  const HRESULT hr = currentForm_->get_SendMethod(&method);
+  if (FAILED(hr)) return hr;
+  state_ = IsDelivering(method) ? kAttachmentPass : kFormPass;
+  return S_OK;
+}
+
+HRESULT CNA_Forms::OnSynchCompleted() {
+  attachment_.Release();
+  switch (state_) {
+    case kAttachmentPass: {
+      // The attachment went up when its response gave the form a message identifier (an empty
+      // one counts).
+      Bstr messageID;
+      if (SUCCEEDED(ReadCurrentForm(&INA_Form7::get_MessageID, messageID)) && messageID.Get()) {
+        state_ = kFormPass;
+        return S_OK;
+      }
+      RETURN_HR_LOG(kNoAttachmentMessageID, kOnSynchCompletedPrefix,
+                    "Failed to get parcelon attachment message ID");
+    }
+    case kFormPass:
+      return CompleteFormPass();
+    default:
+      return S_OK;
+  }
+}
+
+HRESULT CNA_Forms::CompleteFormPass() {
+  if (cursor_ >= forms_.size()) {
+    // The forms were removed during the send.
+    state_ = kDone;
+  } else {
+    currentForm_ = forms_[cursor_];
+    VARIANT_BOOL synchMultiple = VARIANT_FALSE;
+    HRESULT hr = currentForm_->get_SynchMultiple(&synchMultiple);
+    if (FAILED(hr)) return hr;
+    if (synchMultiple != VARIANT_FALSE) {
+      // One pass carried the whole send.
+      state_ = kDone;
+    } else {
+      NASendType method = nastNONE;
+      hr = currentForm_->get_SendMethod(&method);
+      if (FAILED(hr)) return hr;
+      // The next pass takes the next form. Whether it starts with an attachment pass is decided
+      // by the send method of the form just completed, not by that of the next form.
+      if (++cursor_ < forms_.size()) {
+        state_ = IsDelivering(method) ? kAttachmentPass : kFormPass;
+        currentForm_ = forms_[cursor_];
+      } else {
+        state_ = kDone;
+      }
+    }
+  }
+
+  bool uploadWasDue = false;
+  RETURN_IF_FAILED_LOG(IsDataUploadDue(uploadWasDue), kOnSynchCompletedPrefix,
+                       "Failed to find out if we needed to do data upload.");
+  if (!uploadWasDue || !dataUploadAccepted_) return S_OK;
+  dataUploadAccepted_ = false;
+  return RecordAcceptedUpload();
+}
+
+HRESULT CNA_Forms::get_IsAnotherSynchNeeded(VARIANT_BOOL* pDoItAgain) {
+  if (!pDoItAgain) return E_POINTER;
+  *pDoItAgain = state_ == kDone ? VARIANT_FALSE : VARIANT_TRUE;
+  return S_OK;
+}
+
+// ---- The current form -----------------------------------------------------------------------
+
+HRESULT CNA_Forms::CurrentFormType(NAFormType& type) const {
+  type = naftINVOICE;
+  return currentForm_ ? currentForm_->get_FormType(&type) : S_OK;
+}
+
+HRESULT CNA_Forms::CurrentSendMethod(NASendType& method) const {
+  method = nastNONE;
+  return currentForm_ ? currentForm_->get_SendMethod(&method) : S_OK;
+}
+
+HRESULT CNA_Forms::ReadCurrentForm(StringGetter getter, Bstr& value) const {
+  if (!currentForm_) return E_UNEXPECTED;
+  return (currentForm_.Get()->*getter)(value.Out());
+}
+
+// ---- The company data upload ----------------------------------------------------------------
+// Until upload selection and the data upload request are in place no upload is ever due, so the
+// attributes are left as they are, no data message set is written and nothing is recorded.
+
+HRESULT CNA_Forms::DeleteUploadTimesIfAsked() { return S_OK; }
+
+HRESULT CNA_Forms::IsDataUploadDue(bool& due) {
+  due = false;
+  return S_OK;
+}
+
+HRESULT CNA_Forms::BuildDataMsgSet(XMLBuilder&) { return E_NOTIMPL; }
+
+HRESULT CNA_Forms::RecordAcceptedUpload() { return S_OK; }
+
+// ---- The pass's request ---------------------------------------------------------------------
+
+HRESULT CNA_Forms::get_LoginType(NALoginType* pLoginType) {
+  if (!pLoginType) return E_POINTER;
+  *pLoginType = naltSTANDARDLOGIN;
+  return S_OK;
+}
+
+HRESULT CNA_Forms::IsSendMethod() {
+  if (!currentForm_) return S_FALSE;
+  NASendType method = nastNONE;
+  const HRESULT hr = CurrentSendMethod(method);
+  if (FAILED(hr)) return hr;
+  return IsDelivering(method) ? S_OK : S_FALSE;
+}
+
+HRESULT CNA_Forms::get_DTD_ID(BSTR* pDtdIdToUse) {
+  return ReturnText(PARCELON_OLESTR("LXMAIN"), pDtdIdToUse);
+}
+
+HRESULT CNA_Forms::get_DTD_Version(BSTR* pDtdVersionToUse) {
+  return ReturnText(PARCELON_OLESTR("1.0"), pDtdVersionToUse);
+}
+
+HRESULT CNA_Forms::get_ServiceID(BSTR* pServiceID) {
+  const OLECHAR* service = PARCELON_OLESTR("1006");
+  NASendType firstMethod = nastNONE;
+  if (!forms_.empty() && SUCCEEDED(forms_.front()->get_SendMethod(&firstMethod)) &&
+      firstMethod == nastFAX)
+    service = PARCELON_OLESTR("2010");
+  NAFormType type = naftINVOICE;
+  if (SUCCEEDED(CurrentFormType(type)) && !IsHostFormType(type)) service = PARCELON_OLESTR("2036");
+  return ReturnText(service, pServiceID);
+}
+
+HRESULT CNA_Forms::get_XMLDocType(BSTR* pVal) {
+  NAFormType type = naftINVOICE;
+  const bool otherDocument = SUCCEEDED(CurrentFormType(type)) && !IsHostFormType(type);
+  return ReturnText(otherDocument ? kFormGateDocType : kLXMainDocType, pVal);
+}
+
+HRESULT CNA_Forms::put_AuthParams(BSTR ticketID, BSTR authid) {
+  return Guarded([&] {
+    Bstr ticket, auth;
+    ThrowIfFailed(parcelon::CopyBstr(ticketID, ticket.Out()));
+    ThrowIfFailed(parcelon::CopyBstr(authid, auth.Out()));
+    ticket_ = std::move(ticket);
+    authid_ = std::move(auth);
+    return S_OK;
+  });
+}
+
+HRESULT CNA_Forms::BuildXML(short indentLevel, BSTR* pXML) {
+  if (!pXML) return E_POINTER;
+  *pXML = nullptr;
+  return Guarded([&] {
+    XMLBuilder builder(uint32_t(std::max<short>(indentLevel, 0)), kBuilderCapacity);
+
+    NAFormType type = naftINVOICE;
+    RETURN_IF_FAILED_LOG(CurrentFormType(type), kBuildXMLPrefix,
+                         "Failed to get form type for current form.");
+    if (IsHostFormType(type)) {
+      LOG_IF_FAILED(DeleteUploadTimesIfAsked(), kBuildXMLPrefix,
+                    "Failed to delete all the upload time attributes.  Continuing...");
+      bool uploadDue = false;
+      RETURN_IF_FAILED_LOG(IsDataUploadDue(uploadDue), kBuildXMLPrefix,
+                           "Failed to find out if we need to do data upload.");
+      if (uploadDue)
+        RETURN_IF_FAILED_LOG(BuildDataMsgSet(builder), kBuildXMLPrefix,
+                             "Failed to build LX data msg set.");
+    }
+
+    if (currentForm_) {
+      NASendType method = nastNONE;
+      const HRESULT hr = CurrentSendMethod(method);
+      if (FAILED(hr)) return hr;
+      if (IsDelivering(method)) {
+        Bstr formXML;
+        RETURN_IF_FAILED_LOG(
+            currentForm_->BuildXML(short(std::min<int>(indentLevel, SHRT_MAX - 1) + 1),
+                                   formXML.Out()),
+            kBuildXMLPrefix, "Failed to build XML for a form");
+        if (!formXML.Empty()) {
+          std::string text;
+          if (!parcelon::WideToAnsi(formXML.Get(), formXML.Length(), text)) return E_OUTOFMEMORY;
+          if (builder.AppendRaw(text.c_str()) == XMLBuilder::kNoBuffer) return E_OUTOFMEMORY;
+        }
+      }
+    }
+    builder.GetXMLAsBSTR(pXML);
+    return S_OK;
+  });
+}
+
+HRESULT CNA_Forms::BuildData(BYTE** pData) {
+  return attachment_.BuildData(currentForm_.Get(), pData);
+}
+
+HRESULT CNA_Forms::get_DataSize(LONG* pVal) {
+  if (!pVal) return E_POINTER;
+  *pVal = attachment_.DataSize();
+  return S_OK;
+}
+
+HRESULT CNA_Forms::get_URL(BSTR* pVal) {
+  if (!pVal) return E_POINTER;
+  *pVal = nullptr;
+  return Guarded([&] {
+    NAFormType type = naftINVOICE;
+    const HRESULT typeRead = CurrentFormType(type);
+    if (FAILED(typeRead)) {
+      CNALogger::Log(kURLPrefix, "Unable to get form type for current form.", typeRead);
+      return E_FAIL;
+    }
+    // The attachment goes to its own address; every other pass to the form gateway. A document
+    // other than a host form has no pass outside states 1 and 2: report it, but still answer.
+    HRESULT result = S_OK;
+    const char* key = state_ == kAttachmentPass ? kFormGatewayAttachURLKey : kFormGatewayURLKey;
+    if (!IsHostFormType(type) && state_ != kAttachmentPass && state_ != kFormPass) {
+      CNALogger::Log(kURLPrefix, "Unexpected send state.", E_FAIL);
+      result = E_FAIL;
+    }
+    const std::string address = AmbitAccess::GetURLAddress(key);
+    const HRESULT hr = parcelon::AnsiToBstr(address.data(), address.size(), pVal);
+    return FAILED(hr) ? hr : result;
+  });
+}
+
+HRESULT CNA_Forms::get_ContentType(BSTR* pVal) {
+  if (!pVal) return E_POINTER;
+  *pVal = nullptr;
+  if (state_ != kAttachmentPass) return ReturnText(PARCELON_OLESTR("application/x-zpn"), pVal);
+  // The attachment is declared by its bare document type, which must be "pdf"; the gateway
+  // expects that word, not a MIME type.
+  constexpr OleStringView kPdf = PARCELON_OLESTR("pdf");
+  Bstr docType;
+  RETURN_IF_FAILED_LOG(ReadCurrentForm(&INA_Form7::get_DocType, docType), kContentTypePrefix,
+                       "Unable to get doc type for current form.");
+  if (ViewOf(docType.Get()) != kPdf) RETURN_HR_LOG(E_FAIL, kContentTypePrefix, "Invalid doc type");
+  return ReturnText(kPdf.data(), pVal);
+}
+
+HRESULT CNA_Forms::get_RequestHeaderParams(BSTR* pVal) {
+  if (!pVal) return E_POINTER;
+  return Guarded([&] {
+    OleString text;
+    if (state_ == kAttachmentPass) {
+      Bstr fileName;
+      RETURN_IF_FAILED_LOG(ReadCurrentForm(&INA_Form7::get_AttachmentFileName, fileName),
+                           kRequestHeaderParamsPrefix,
+                           "Failed to get attachment filename from current form.");
+      AppendHeaderLine(text, PARCELON_OLESTR("ticket"), ViewOf(ticket_.Get()));
+      AppendHeaderLine(text, PARCELON_OLESTR("authid"), ViewOf(authid_.Get()));
+      AppendHeaderLine(text, PARCELON_OLESTR("filename"), ViewOf(fileName.Get()));
+      AppendHeaderLine(text, PARCELON_OLESTR("final"), PARCELON_OLESTR("false"));
+    } else if (state_ == kFormPass) {
+      AppendHeaderLine(text, PARCELON_OLESTR("final"), PARCELON_OLESTR("true"));
+    } else {
+      return S_OK;
+    }
+    return ReturnText(text, pVal);
+  });
+}
+
+// ---- The response ---------------------------------------------------------------------------
+
+HRESULT CNA_Forms::get_NumResponseHeaderParams(short* pVal) {
+  // The adapter asks for the cookie header by name all the same.
+  if (!pVal) return E_POINTER;
+  *pVal = 0;
+  return S_OK;
+}
+
+HRESULT CNA_Forms::get_ResponseHeaderParamName(short index, BSTR* pVal) {
+  if (!pVal) return E_POINTER;
+  *pVal = nullptr;
+  if (state_ == kAttachmentPass && index == 1) return ReturnText(kCookieHeader.data(), pVal);
+  RETURN_HR_LOG(E_FAIL, kResponseHeaderParamNamePrefix,
+                "Network Adapter asking for too many header param names.");
+}
+
+HRESULT CNA_Forms::SetResponseHeaderParamValue(BSTR name, BSTR value) {
+  if (ViewOf(name) != kCookieHeader)
+    RETURN_HR_LOG(E_FAIL, kSetResponseHeaderParamValuePrefix,
+                  "Network Adapter asking to set unexpected response header param or non-exist.");
+  // The identifier runs from "messageid=" to the last character before the next ";" (or before
+  // the end), that last character left out. Anything shorter than one character or too long is
+  // refused: nothing that comes from the network may break the send.
+  const OleStringView cookie = ViewOf(value);
+  const size_t start = cookie.find(kMessageIdName);
+  if (start == OleStringView::npos)
+    RETURN_HR_LOG(E_FAIL, kSetResponseHeaderParamValuePrefix, kNoMessageId);
+  const size_t end = std::min(cookie.find(kCookieSeparator, start), cookie.size());
+  const ptrdiff_t length = ptrdiff_t(end - start) - kMessageIdOverhead;
+  if (length < 1 || length >= kMessageIdLimit)
+    RETURN_HR_LOG(E_FAIL, kSetResponseHeaderParamValuePrefix, kNoMessageId);
+
+  return Guarded([&] {
+    if (!currentForm_) return E_UNEXPECTED;
+    const Bstr messageID(cookie.data() + start + kMessageIdOffset, UINT(length));
+    if (!messageID.Get()) return E_OUTOFMEMORY;
+    const HRESULT hr = currentForm_->put_MessageID(messageID.Get());
+    if (FAILED(hr)) return hr;
+    std::string dump;
+    if (parcelon::WideToAnsi(cookie.data(), cookie.size(), dump))
+      parcelon::DumpResponseHeaderCookie(dump.c_str());
+    return S_OK;
+  });
+}
+
+HRESULT CNA_Forms::get_ResponseTypesToParse(BSTR* pResponseTypes) {
+  return ReturnText(PARCELON_OLESTR("AttachmentRs,LXDataMsgsRs"), pResponseTypes);
+}
+
+HRESULT CNA_Forms::ParseResponse(IUnknown*) {
+  // The response aggregates are not processed yet.
+  return S_OK;
+}
+
+// ---- INA_Base5 ------------------------------------------------------------------------------
+
+HRESULT CNA_Forms::get_TxEParams(BSTR* pSubject, BSTR* pReplyEmailAddress, BSTR* pEmailContent,
+                                 BSTR* pToEmailAddress, BSTR* pCCEmailAddress,
+                                 BSTR* pBCCEmailAddress, BSTR* pAttachedFiles) {
+  struct Read {
+    StringGetter getter;
+    const char* failure;
+  };
+  static const Read kReads[] = {
+      {&INA_Form7::get_Subject, "Failed to get email subject :"},
+      {&INA_Form7::get_From, "Failed to get from address :"},
+      {&INA_Form7::get_Text, "Failed to get email content :"},
+      {&INA_Form7::get_To, "Failed to get to address :"},
+      {&INA_Form7::get_Cc, "Failed to get cc address :"},
+      {&INA_Form7::get_Bcc, "Failed to get bcc address :"},
+      {&INA_Form7::get_AttachmentFileList, "Failed to get attachment name :"},
+  };
+  BSTR* const outputs[] = {pSubject,        pReplyEmailAddress, pEmailContent, pToEmailAddress,
+                           pCCEmailAddress, pBCCEmailAddress,   pAttachedFiles};
+  static_assert(std::size(kReads) == std::size(outputs));
+  for (BSTR* output : outputs)
+    if (!output) return E_POINTER;
+  for (BSTR* output : outputs) *output = nullptr;
+
+  return Guarded([&] {
+    Bstr values[std::size(kReads)];
+    for (size_t i = 0; i < std::size(kReads); ++i)
+      RETURN_IF_FAILED_LOG(ReadCurrentForm(kReads[i].getter, values[i]), kTxEParamsPrefix,
+                           kReads[i].failure);
+    // The attached files go out once: a second call finds the list empty.
+    currentForm_->ClearAttachmentFileList();
+    for (size_t i = 0; i < std::size(kReads); ++i) *outputs[i] = values[i].Detach();
+    return S_OK;
+  });
+}

@@ -1,0 +1,129 @@
+// CNA_Forms, the coclass NA_Forms: the send session that the network adapter drives.
+//
+// The adapter adds one NA_Form per form, calls Initialize, and then runs pass after pass through
+// the callbacks of INA_Base to INA_Base5, asking the session for everything one exchange needs
+// (URL, content type, headers, body, document type, service identifier) and handing back the
+// response headers and aggregates. Each pass carries at most one form: first, for a delivered form
+// (e-mail, fax, paper mail), the upload of its PDF (send state 1), then the form request itself
+// (send state 2). Send state 3 ends the send.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "component/ComObject.h"
+#include "component/ParcelonInterfaces.h"
+#include "forms/PDFBuilder.h"
+#include "platform/Bstr.h"
+
+class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
+                        public INA_Base5,
+                        private parcelon::CRefCounted<CNA_Forms> {
+ public:
+  // The send states. A new session is in kNotStarted until Initialize.
+  enum SendState : LONG {
+    kNotStarted = 0,
+    kAttachmentPass = 1,
+    kFormPass = 2,
+    kDone = 3,
+  };
+
+  // OnSynchCompleted after an attachment pass whose response gave the form no message identifier.
+  static constexpr HRESULT kNoAttachmentMessageID = HRESULT(0x8004910FL);
+
+  static HRESULT CreateInstance(REFIID riid, void** ppv) {
+    return parcelon::CreateComObject<CNA_Forms>(riid, ppv);
+  }
+
+  SendState State() const { return state_; }
+
+  // IUnknown
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override;
+  ULONG STDMETHODCALLTYPE AddRef() override { return AddRefImpl(); }
+  ULONG STDMETHODCALLTYPE Release() override { return ReleaseImpl(); }
+
+  // INA_Forms, INA_Forms2
+  HRESULT STDMETHODCALLTYPE AddForm(INA_Form** pForm) override;
+  HRESULT STDMETHODCALLTYPE RemoveAllForms() override;
+  // Also INA_Base::OnSynchCompleted.
+  HRESULT STDMETHODCALLTYPE OnSynchCompleted() override;
+  HRESULT STDMETHODCALLTYPE get_ForceNewCompany(VARIANT_BOOL* pVal) override;
+  HRESULT STDMETHODCALLTYPE put_ForceNewCompany(VARIANT_BOOL newVal) override;
+  HRESULT STDMETHODCALLTYPE get_DoAllCustomers(VARIANT_BOOL* pVal) override;
+  HRESULT STDMETHODCALLTYPE put_DoAllCustomers(VARIANT_BOOL newVal) override;
+  HRESULT STDMETHODCALLTYPE get_UploadScope(NAUploadScope* pVal) override;
+  HRESULT STDMETHODCALLTYPE put_UploadScope(NAUploadScope newVal) override;
+
+  // INA_Base
+  HRESULT STDMETHODCALLTYPE BuildXML(short indentLevel, BSTR* pXML) override;
+  HRESULT STDMETHODCALLTYPE get_LoginType(NALoginType* pLoginType) override;
+  HRESULT STDMETHODCALLTYPE IsSendMethod() override;
+
+  // INA_Base2
+  HRESULT STDMETHODCALLTYPE get_DTD_ID(BSTR* pDtdIdToUse) override;
+  HRESULT STDMETHODCALLTYPE get_DTD_Version(BSTR* pDtdVersionToUse) override;
+  HRESULT STDMETHODCALLTYPE get_IsAnotherSynchNeeded(VARIANT_BOOL* pDoItAgain) override;
+  HRESULT STDMETHODCALLTYPE get_ResponseTypesToParse(BSTR* pResponseTypes) override;
+  HRESULT STDMETHODCALLTYPE ParseResponse(IUnknown* pIXMLDOMNode) override;
+  HRESULT STDMETHODCALLTYPE get_ServiceID(BSTR* pServiceID) override;
+
+  // INA_Base3
+  HRESULT STDMETHODCALLTYPE Initialize() override;
+  HRESULT STDMETHODCALLTYPE BuildData(BYTE** pData) override;
+  HRESULT STDMETHODCALLTYPE get_DataSize(LONG* pVal) override;
+  HRESULT STDMETHODCALLTYPE get_URL(BSTR* pVal) override;
+  HRESULT STDMETHODCALLTYPE get_ContentType(BSTR* pVal) override;
+  HRESULT STDMETHODCALLTYPE get_RequestHeaderParams(BSTR* pVal) override;
+  HRESULT STDMETHODCALLTYPE get_NumResponseHeaderParams(short* pVal) override;
+  HRESULT STDMETHODCALLTYPE get_ResponseHeaderParamName(short index, BSTR* pVal) override;
+  HRESULT STDMETHODCALLTYPE SetResponseHeaderParamValue(BSTR name, BSTR value) override;
+  HRESULT STDMETHODCALLTYPE get_XMLDocType(BSTR* pVal) override;
+
+  // INA_Base4
+  HRESULT STDMETHODCALLTYPE put_AuthParams(BSTR ticketID, BSTR authid) override;
+
+  // INA_Base5
+  HRESULT STDMETHODCALLTYPE get_TxEParams(BSTR* pSubject, BSTR* pReplyEmailAddress,
+                                          BSTR* pEmailContent, BSTR* pToEmailAddress,
+                                          BSTR* pCCEmailAddress, BSTR* pBCCEmailAddress,
+                                          BSTR* pAttachedFiles) override;
+
+ private:
+  friend class parcelon::CRefCounted<CNA_Forms>;
+  template <class T>
+  friend HRESULT parcelon::CreateComObject(REFIID, void**);
+
+  CNA_Forms() = default;
+  ~CNA_Forms() = default;
+
+  // The current form's type and send method. Without a current form they read as a form that
+  // leaves them unset: an invoice, sent by no method.
+  HRESULT CurrentFormType(NAFormType& type) const;
+  HRESULT CurrentSendMethod(NASendType& method) const;
+  // Reads a string property of the current form; E_UNEXPECTED when no pass has taken a form.
+  using StringGetter = HRESULT (STDMETHODCALLTYPE INA_Form7::*)(BSTR*);
+  HRESULT ReadCurrentForm(StringGetter getter, Bstr& value) const;
+  HRESULT CompleteFormPass();
+
+  // The company data upload's steps. Until upload selection and the data upload request are
+  // built, no upload is ever due, so no data message set is written and nothing is recorded.
+  HRESULT DeleteUploadTimesIfAsked();
+  HRESULT IsDataUploadDue(bool& due);
+  HRESULT BuildDataMsgSet(XMLBuilder& builder);
+  HRESULT RecordAcceptedUpload();
+
+  std::vector<ComPtr<INA_Form7>> forms_;
+  VARIANT_BOOL forceNewCompany_ = VARIANT_FALSE;
+  VARIANT_BOOL doAllCustomers_ = VARIANT_FALSE;
+  NAUploadScope uploadScope_ = nausCHECK_ALL_CUSTOMERJOBS;
+  ComPtr<INA_Form7> currentForm_;
+  // Index in forms_ of the current pass's form; the pass after it takes the next one.
+  size_t cursor_ = 0;
+  SendState state_ = kNotStarted;
+  // The attachment pass's body, kept until the pass ends.
+  CAttachmentData attachment_;
+  Bstr ticket_;
+  Bstr authid_;
+  // Set when the response accepts this pass's data upload; cleared when the pass ends.
+  bool dataUploadAccepted_ = false;
+};

@@ -1,0 +1,299 @@
+#include "forms/InvoiceForm.h"
+
+#include "diagnostics/LogIfFailed.h"
+#include "forms/CompanyBuilder.h"
+#include "platform/Bstr.h"
+
+using parcelon::forms::AddAmount;
+using parcelon::forms::AddHostDate;
+using parcelon::forms::Required;
+
+namespace {
+
+constexpr char kFormPrefix[] = "Parcelon:CInvoiceFormBuilder::BuildXML(XMLBuilder&)";
+constexpr char kDetailPrefix[] = "Parcelon:CInvoiceDetailBuilder::BuildXML(XMLBuilder&)";
+constexpr char kInitPrefix[] = "Parcelon:CInvoiceDetailBuilder::InitInvoicePtr(void)";
+constexpr char kSalesTaxPrefix[] =
+    "Parcelon:CInvoiceDetailBuilder::MaybeAddSalesTaxLineItem(double, IItemPtr, IAmountPtr, "
+    "VARIANT_BOOL, XMLBuilder&)";
+constexpr char kItemPrefix[] =
+    "Parcelon:CInvoiceItemBuilder::BuildXML(XMLBuilder&, VARIANT_BOOL, OLAString&, IAmountPtr&)";
+constexpr char kLinePrefix[] = "Parcelon:CInvoiceItemBuilder::BuildInvoiceLineItem()";
+constexpr char kProgressPrefix[] =
+    "Parcelon:CInvoiceItemBuilder::BuildProgressInvoiceElements(IInvoiceItemLineItem2Ptr, XMLBuilder&)";
+
+constexpr parcelon::forms::SalesHeaderWording kHeaderWording = {
+    "Failed to get transaction number from invoice in LX.  Skipping this optional element.",
+    "Failed to get date from invoice in LX.  Skipping this optional element.",
+    "Failed to get amount from invoice in LX.",
+    "Failed to get double from amount in LX when getting invoice's total amount.",
+    "Failed to get create time stamp from invoice in LX.",
+    "Failed to get customer from invoice in LX.",
+    "Failed to get record number from customer in LX while getting invoice's customer job ID.",
+    "Failed to get billing address lines from invoice in LX.  Skipping this optional element.",
+};
+
+constexpr parcelon::forms::LineWording kLineWording = {
+    "Failed to get item from invoice line item in LX.  Continuing...",
+    "Failed to get type from item in LX while building invoice item.  Continuing...",
+    "Failed to get is end of group from invoice line item(2) in LX.",
+    "Failed to get is printable from invoice line item(2) in LX.",
+    "Failed to get quantity from invoice line item(2) in LX.",
+    "Failed to get invoice line item(2) from LX.",
+    "Using empty item name element because failed to get item from invoice line item in LX.",
+    "Failed to get name from item in LX while building invoice item.  Using empty item name element.",
+    "Failed to get item description from invoice line item in LX.  Skipping this optional element.",
+    "Failed to get unit price from invoice line item in LX.  Skipping this optional element.",
+    "Failed to get amount from invoice line item in LX.  Skipping this optional element.",
+    "Failed to get class from invoice line item in LX.  Skipping this optional element.",
+    "Failed to get name from class in LX while getting invoice item's class name.  Skipping this "
+    "optional element.",
+    "Failed to get other 1 from invoice line item in LX.  Skipping this optional element.",
+    "Failed to get other 2 from invoice line item in LX.  Skipping this optional element.",
+    "Failed to get is taxable from invoice line item in LX.",
+    "Failed to get paid from invoice line item in LX.",
+    "Failed to get open balance from invoice line item in LX.  Skipping this optional element.",
+    "Failed to get custom field count from invoice line item in LX.  Skipping this optional element.",
+    "Failed to get custom field from invoice line item in LX.  Skipping this optional element.",
+};
+
+constexpr parcelon::forms::SalesTaxLineWording kSalesTaxWording = {
+    "Failed to get record number from sales tax item in LX while building invoice detail.",
+    "Failed to get custom style from invoice in LX.",
+    "Failed to get fields from style in LX while building invoice detail.",
+    "Failed to get count from style fields list in LX while building invoice detail.",
+    "Failed to get ID from style field in LX while building invoice detail.",
+    "Failed to get on print from style field in LX while building invoice detail.",
+    "Failed to get name from sales tax item in LX while building invoice's sales tax line item.",
+    "Failed to get long description from sales tax item in LX while building invoice's sales tax "
+    "line item.  Skipping this optional element.",
+    "Failed converting amount to XML for rate while building invoice's sales tax line item.  "
+    "Skipping this optional element.",
+};
+
+// One figure of a progress invoice line: its element, its getter and its two messages.
+struct ProgressFigure {
+  const char* element;
+  HRESULT (STDMETHODCALLTYPE IInvoiceItemLineItem2::*get)(IAmount**);
+  const char* readFailed;
+  const char* convertFailed;
+};
+
+const ProgressFigure kProgressFigures[] = {
+    {"CurrentPercentage", &IInvoiceItemLineItem2::GetCurrentPercentage,
+     "Failed to get current percentage from invoice line item(2) in LX.  Skipping this optional element.",
+     "Failed converting amount to XML for current percentage.  Skipping this optional element."},
+    {"EstimateAmount", &IInvoiceItemLineItem2::GetEstimateAmount,
+     "Failed to get estimate amount from invoice line item(2) in LX.  Skipping this optional element.",
+     "Failed converting amount to XML for estimate amount.  Skipping this optional element."},
+    {"EstimateQuantity", &IInvoiceItemLineItem2::GetEstimateQuantity,
+     "Failed to get estimate quantity from invoice line item(2) in LX.  Skipping this optional element.",
+     "Failed converting amount to XML for estimate quantity.  Skipping this optional element."},
+    {"EstimateRate", &IInvoiceItemLineItem2::GetEstimateRate,
+     "Failed to get estimate rate from invoice line item(2) in LX.  Skipping this optional element.",
+     "Failed converting amount to XML for estimate rate.  Skipping this optional element."},
+    {"PriorAmount", &IInvoiceItemLineItem2::GetPriorAmount,
+     "Failed to get prior amount from invoice line item(2) in LX.  Skipping this optional element.",
+     "Failed converting amount to XML for prior amount.  Skipping this optional element."},
+    {"PriorPercentage", &IInvoiceItemLineItem2::GetPriorPercentage,
+     "Failed to get prior percentage from invoice line item(2) in LX.  Skipping this optional element.",
+     "Failed converting amount to XML for prior percentage.  Skipping this optional element."},
+    {"PriorQuantity", &IInvoiceItemLineItem2::GetPriorQuantity,
+     "Failed to get prior quantity from invoice line item(2) in LX.  Skipping this optional element.",
+     "Failed converting amount to XML for prior quantity.  Skipping this optional element."},
+    {"PriorRate", &IInvoiceItemLineItem2::GetPriorRate,
+     "Failed to get prior rate from invoice line item(2) in LX.  Skipping this optional element.",
+     "Failed converting amount to XML for prior rate.  Skipping this optional element."},
+    {"TotalPercentage", &IInvoiceItemLineItem2::GetTotalPercentage,
+     "Failed to get total percentage from invoice line item(2) in LX.  Skipping this optional element.",
+     "Failed converting amount to XML for total percentage.  Skipping this optional element."},
+};
+
+}  // namespace
+
+// ---- CInvoiceFormBuilder ---------------------------------------------------------------------
+
+HRESULT CInvoiceFormBuilder::BuildXML(XMLBuilder& builder) {
+  builder.OpenAggregate("InvoiceForm");
+  RETURN_IF_FAILED_LOG(CCompanyBuilder(companyFile_).BuildXML(builder), kFormPrefix,
+                       "Failed to build company aggregate XML.");
+  RETURN_IF_FAILED_LOG(CInvoiceDetailBuilder(companyFile_.Get(), recNum_).BuildXML(builder), kFormPrefix,
+                       "Failed to build invoice detail aggregate XML.");
+
+  IInvoicePtr invoice;
+  if (const HRESULT hr = parcelon::forms::LookUpInvoice(companyFile_.Get(), recNum_, kFormPrefix, invoice);
+      FAILED(hr))
+    return hr;
+  // The customer's and the lines' taxable states are only checked for being readable: the form
+  // carries no lines.
+  VARIANT_BOOL customerIsTaxable = VARIANT_TRUE;
+  LOG_IF_FAILED(invoice->GetCustomerIsTaxable(&customerIsTaxable), kFormPrefix,
+                "Failed to get customer is taxable from invoice in LX.  We'll assume he is.");
+  IInvoiceItemLineItemsPtr lines;
+  RETURN_IF_FAILED_LOG(invoice->GetLineItems(lines.ReleaseAndGetAddressOf()), kFormPrefix,
+                       "Failed to get invoice line items from invoice in LX.");
+  LONG count = 0;
+  RETURN_IF_FAILED_LOG(Required(lines)->GetCount(&count), kFormPrefix,
+                       "Failed to get count from invoice line items in LX.");
+  for (LONG index = 0; index < count; ++index) {
+    IInvoiceItemLineItemPtr line;
+    RETURN_IF_FAILED_LOG(lines->GetItem(index, line.ReleaseAndGetAddressOf()), kFormPrefix,
+                         "Failed to get item from invoice line items in LX.");
+    VARIANT_BOOL lineIsTaxable = VARIANT_FALSE;
+    RETURN_IF_FAILED_LOG(Required(line)->GetIsTaxable(&lineIsTaxable), kFormPrefix,
+                         "Failed to get is taxable from invoice line item in LX.");
+  }
+  builder.CloseAggregate("InvoiceForm");
+  return S_OK;
+}
+
+// ---- CInvoiceDetailBuilder -------------------------------------------------------------------
+
+HRESULT CInvoiceDetailBuilder::InitInvoicePtr() {
+  return parcelon::forms::LookUpInvoice(companyFile_.Get(), recNum_, kInitPrefix, invoice_);
+}
+
+HRESULT CInvoiceDetailBuilder::BuildXML(XMLBuilder& builder) {
+  RETURN_IF_FAILED_LOG(InitInvoicePtr(), kDetailPrefix, "Failed to initialize the invoice ptr.");
+  IInvoice* const invoice = invoice_.Get();
+
+  builder.OpenAggregate("InvoiceDetail");
+  if (const HRESULT hr = parcelon::forms::AddTransactionHead(builder, invoice, recNum_, kHeaderWording,
+                                                             kDetailPrefix, totalAmount_);
+      FAILED(hr))
+    return hr;
+
+  DATE dueDate = 0;
+  if (SUCCEEDED(LOG_IF_FAILED(invoice->GetDueDate(&dueDate), kDetailPrefix,
+                              "Failed to get due date from invoice in LX.  Skipping this optional element.")))
+    AddHostDate(builder, "DueDate", dueDate);
+
+  ITermPtr terms;
+  if (SUCCEEDED(LOG_IF_FAILED(invoice->GetTerms(terms.ReleaseAndGetAddressOf()), kDetailPrefix,
+                              "Failed to get terms from invoice in LX.  Skipping this optional element."))) {
+    Bstr termsName;
+    if (SUCCEEDED(LOG_IF_FAILED(Required(terms)->GetFullName(termsName.Out()), kDetailPrefix,
+                                "Failed to get full name from term in LX while getting invoice's terms.  "
+                                "Skipping this optional element.")))
+      parcelon::forms::AddTextIfNotEmpty(builder, "Terms", termsName.Get());
+  }
+
+  if (const HRESULT hr = parcelon::forms::AddCustomerJob(builder, invoice, kHeaderWording, kDetailPrefix);
+      FAILED(hr))
+    return hr;
+
+  Bstr number;
+  if (SUCCEEDED(LOG_IF_FAILED(invoice->GetInvoiceNumber(number.Out()), kDetailPrefix,
+                              "Failed to get invoice number from invoice in LX.  Skipping this optional element.")))
+    parcelon::forms::AddTextIfNotEmpty(builder, "InvoiceNum", number.Get());
+
+  IAmountPtr balance;
+  if (SUCCEEDED(LOG_IF_FAILED(invoice->GetRemainingBalance(balance.ReleaseAndGetAddressOf()), kDetailPrefix,
+                              "Failed to get remaining balance from invoice in LX.  Skipping this optional element.")))
+    LOG_IF_FAILED(AddAmount(builder, "BalRemaining", balance, true), kDetailPrefix,
+                  "Failed converting amount to XML for balance remaining.  Skipping this optional element.");
+
+  if (const HRESULT hr = AddSuggestedDiscount(builder, terms); FAILED(hr)) return hr;
+  builder.CloseAggregate("InvoiceDetail");
+  return S_OK;
+}
+
+// "SuggestedDiscountData": the early-payment discount that the invoice's terms suggest. Invoices
+// without terms, and terms that suggest no discount, have none.
+HRESULT CInvoiceDetailBuilder::AddSuggestedDiscount(XMLBuilder& builder, const ITermPtr& terms) {
+  // Terms that could not be read for "Terms" have no record number either.
+  LONG termsRecNum = 0;
+  RETURN_IF_FAILED_LOG(terms ? terms->GetRecNum(&termsRecNum) : E_POINTER, kDetailPrefix,
+                       "Failed to get record number from term in LX while getting invoice's suggested "
+                       "discount data.");
+  if (termsRecNum == 0) return S_OK;
+
+  ITerm2Ptr terms2;
+  VARIANT_BOOL noDiscount = VARIANT_TRUE;
+  HRESULT hr = terms.As(terms2);
+  if (SUCCEEDED(hr)) hr = Required(terms2)->GetIsDiscountEmpty(&noDiscount);
+  if (FAILED(LOG_IF_FAILED(hr, kDetailPrefix,
+                           "Failed to get term(2) in LX while building invoice detail.  Skipping "
+                           "suggested discount info.")))
+    return S_OK;
+  IInvoice2Ptr invoice2;
+  if (FAILED(LOG_IF_FAILED(invoice_.As(invoice2), kDetailPrefix,
+                           "Failed to get amount(2) in LX while building invoice detail.  Skipping "
+                           "suggested discount info.")))
+    return S_OK;
+  if (noDiscount != VARIANT_FALSE) return S_OK;
+
+  const IID& source = IidOf<IInvoice2>();
+  builder.OpenAggregate("SuggestedDiscountData");
+  IAmountPtr discount;
+  ThrowIfFailed(Required(invoice2)->GetSuggestedDiscountAmount(discount.ReleaseAndGetAddressOf()), &source);
+  ThrowIfFailed(AddAmount(builder, "DiscountAmt", discount, false), &IidOf<IAmount>());
+  DATE discountDate = 0;
+  ThrowIfFailed(invoice2->GetSuggestedDiscountDate(&discountDate), &source);
+  AddHostDate(builder, "DiscountDate", discountDate);
+  builder.CloseAggregate("SuggestedDiscountData");
+  return S_OK;
+}
+
+HRESULT CInvoiceDetailBuilder::MaybeAddSalesTaxLineItem(double total, IItemPtr salesTaxItem, IAmountPtr rate,
+                                                        VARIANT_BOOL customerIsTaxable, XMLBuilder& builder) {
+  if (!invoice_) {
+    if (const HRESULT hr = InitInvoicePtr(); FAILED(hr)) return hr;
+  }
+  return parcelon::forms::AddSalesTaxLine(builder, "InvoiceItem", invoice_.Get(), total, salesTaxItem.Get(), rate,
+                                          customerIsTaxable, kSalesTaxWording, kSalesTaxPrefix);
+}
+
+// ---- CInvoiceItemBuilder ---------------------------------------------------------------------
+
+CInvoiceItemBuilder::CInvoiceItemBuilder(IInvoiceItemLineItem* line)
+    : CSalesLineItemBuilder(line, kLineWording), invoiceLine_(line) {}
+
+HRESULT CInvoiceItemBuilder::BuildXML(XMLBuilder& builder, VARIANT_BOOL customerIsTaxable, OLAString& itemName,
+                                      IAmountPtr& amount) {
+  builder_ = &builder;
+  customerIsTaxable_ = customerIsTaxable;
+  ReadItem(kItemPrefix);
+  if (const HRESULT hr = ReadSecondVersion(line2_, kItemPrefix); FAILED(hr)) return hr;
+
+  builder.OpenAggregate("InvoiceItem");
+  if (const HRESULT hr = BuildInvoiceLineItem(); FAILED(hr)) return hr;
+  builder.CloseAggregate("InvoiceItem");
+  GiveNameAndAmount(itemName, amount);
+  return S_OK;
+}
+
+HRESULT CInvoiceItemBuilder::BuildInvoiceLineItem() {
+  XMLBuilder& builder = *Required(builder_);
+  AddItemName(builder);
+  AddDescription(builder, kLinePrefix);
+  AddQuantity(builder, kLinePrefix);
+  AddRate(builder, kLinePrefix);
+  AddLineAmount(builder, kLinePrefix);
+  AddClassName(builder, kLinePrefix);
+  AddOthers(builder, kLinePrefix);
+  if (const HRESULT hr = AddFlags(builder, kLinePrefix); FAILED(hr)) return hr;
+  AddOpenBalance(builder, kLinePrefix);
+  AddCustomFields(builder, kLinePrefix);
+  AddServiceDate(builder);
+  AddTaxableFlag(builder);
+  return BuildProgressInvoiceElements(line2_, builder);
+}
+
+void CInvoiceItemBuilder::AddServiceDate(XMLBuilder& builder) {
+  DATE serviceDate = 0;
+  if (SUCCEEDED(LOG_IF_FAILED(Required(invoiceLine_)->GetServiceDate(&serviceDate), kLinePrefix,
+                              "Failed to get service date from invoice line item in LX.  Skipping this "
+                              "optional element.")))
+    AddHostDate(builder, "ServiceDate", serviceDate);
+}
+
+HRESULT CInvoiceItemBuilder::BuildProgressInvoiceElements(IInvoiceItemLineItem2Ptr line2, XMLBuilder& builder) {
+  IInvoiceItemLineItem2* const line = Required(line2);
+  for (const ProgressFigure& figure : kProgressFigures) {
+    IAmountPtr value;
+    if (SUCCEEDED(LOG_IF_FAILED((line->*figure.get)(value.ReleaseAndGetAddressOf()), kProgressPrefix, figure.readFailed)))
+      LOG_IF_FAILED(AddAmount(builder, figure.element, value, true), kProgressPrefix, figure.convertFailed);
+  }
+  return S_OK;
+}

@@ -1,0 +1,231 @@
+#include "forms/PDFBuilder.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <new>
+#include <system_error>
+
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
+#ifdef __linux__
+#include <sys/mman.h>
+#endif
+
+#include "diagnostics/Dumps.h"
+#include "diagnostics/FeatureSettings.h"
+#include "diagnostics/LogIfFailed.h"
+#include "diagnostics/RedirectedFiles.h"
+#include "host/Services.h"
+#include "platform/CodePage.h"
+#include "platform/Paths.h"
+
+namespace {
+
+constexpr char kBuildDataPrefix[] = "Parcelon:CNA_Forms::BuildData";
+constexpr char kPDFBuilderPrefix[] = "Parcelon:CPDFBuilder::BuildXML(XMLBuilder&)";
+
+constexpr char kSettingsSection[] = "ZPSSettings";
+constexpr char kChunkKey[] = "NetworkAdapter.PDFChunk";
+constexpr char kPreserveKey[] = "NetworkAdapter.PreservePDF";
+constexpr int kPreservedNames = 999;
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
+
+// The ANSI form of a BSTR, as the C library's file functions take names; false when memory runs
+// out.
+bool ToAnsi(BSTR text, std::string& out) {
+  out.clear();
+  return parcelon::WideToAnsi(text, SysStringLen(text), out);
+}
+
+// The form joins its attachment's folder and name with "\", the separator of the host's own
+// platform; elsewhere the file functions want "/".
+void ToNativeSeparators(std::string& path) {
+#ifdef _WIN32
+  (void)path;
+#else
+  std::replace(path.begin(), path.end(), '\\', '/');
+#endif
+}
+
+// Appends `count` characters of `text` as they stand, in pieces an OLAString can hold.
+void AppendRawRange(XMLBuilder& builder, const char* text, size_t count) {
+  OLAString piece;
+  for (size_t at = 0; at < count; at += size_t(OLAString::kMaxChars)) {
+    piece.SetText(text + at, std::min(count - at, size_t(OLAString::kMaxChars)));
+    builder.AppendText(piece, false, false);
+  }
+}
+
+// Asks for huge pages for the whole 2 MB blocks of a fresh buffer: the read fills every page of
+// it, and faulting in 4 KB pages one by one costs about twice the read itself.
+void AdviseHugePages(void* data, size_t size) {
+#ifdef __linux__
+  constexpr uintptr_t kHugePage = uintptr_t(2) << 20;
+  const uintptr_t begin = (reinterpret_cast<uintptr_t>(data) + kHugePage - 1) & ~(kHugePage - 1);
+  const uintptr_t end = (reinterpret_cast<uintptr_t>(data) + size) & ~(kHugePage - 1);
+  if (end > begin) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+#else
+  (void)data;
+  (void)size;
+#endif
+}
+
+// False for a folder, a device or a pipe. Windows refuses to open those by itself.
+bool IsRegularFile(const std::string& path) {
+#ifdef _WIN32
+  (void)path;
+  return true;
+#else
+  struct stat status;
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+#endif
+}
+
+bool Exists(const parcelon::RedirectedFiles& files, const std::string& path) {
+  std::string mapped;
+  std::error_code error;
+  return files.Map(path.c_str(), mapped) && std::filesystem::exists(mapped, error);
+}
+
+// After CPDFBuilder: keeps the file under the first free numbered name in the temporary folder
+// when "NetworkAdapter.PreservePDF" is on, else (or when no name is left) deletes it. A name
+// already in use is passed over, since the C library's rename would replace that file off
+// Windows.
+void DisposeOfFile(const std::string& path) {
+  const parcelon::RedirectedFiles files;
+  if (AmbitAccess::GetFeatureParamAsBool(kSettingsSection, kPreserveKey, nullptr)) {
+    const std::string folder = parcelon::TempFolder();
+    char name[32];
+    for (int number = 1; number <= kPreservedNames; ++number) {
+      std::snprintf(name, sizeof name, "pdfform%03d.pdf", number);
+      const std::string target = folder + name;
+      if (!Exists(files, target) && files.Rename(path.c_str(), target.c_str())) return;
+    }
+  }
+  files.Remove(path.c_str());
+}
+
+}  // namespace
+
+namespace parcelon {
+
+HRESULT ReadWholeFile(const std::string& path, const char* prefix, std::unique_ptr<BYTE[]>& data,
+                      LONG& size) {
+  const RedirectedFiles files;
+  std::string mapped;
+  // Only a regular file is opened: a folder would open (off Windows) and read as garbage, a named
+  // pipe would block the open until someone writes to it.
+  if (!files.Map(path.c_str(), mapped) || !IsRegularFile(mapped))
+    RETURN_HR_LOG(E_FAIL, prefix, "Error opening PDF file.");
+  const FilePtr file(std::fopen(mapped.c_str(), "rb"));
+  if (!file) RETURN_HR_LOG(E_FAIL, prefix, "Error opening PDF file.");
+  if (std::fseek(file.get(), 0, SEEK_END) != 0)
+    RETURN_HR_LOG(E_FAIL, prefix, "Error determining PDF file length.");
+  const long length = std::ftell(file.get());
+  if (length < 0 || static_cast<long long>(length) > kMaxAttachmentBytes ||
+      std::fseek(file.get(), 0, SEEK_SET) != 0)
+    RETURN_HR_LOG(E_FAIL, prefix, "Error determining PDF file length.");
+
+  data.reset(new (std::nothrow) BYTE[size_t(length) + 1]);
+  if (!data) RETURN_HR_LOG(E_OUTOFMEMORY, prefix, "Unable to read full length of attachment file.");
+  AdviseHugePages(data.get(), size_t(length) + 1);
+  size = LONG(length);
+  // One read of one byte more than the length: a read error shows even for an empty file, and a
+  // file that has grown since is cut at the length measured.
+  const size_t read = std::fread(data.get(), 1, size_t(length) + 1, file.get());
+  data[size_t(length)] = 0;
+  if (read < size_t(length) || std::ferror(file.get()))
+    RETURN_HR_LOG(E_FAIL, prefix, "Unable to read full length of attachment file.");
+  return S_OK;
+}
+
+}  // namespace parcelon
+
+// ---- CAttachmentData -------------------------------------------------------------------------
+
+void CAttachmentData::Release() {
+  data_.reset();
+  size_ = 0;
+}
+
+HRESULT CAttachmentData::BuildData(INA_Form7* form, BYTE** data) {
+  if (!data) return E_POINTER;
+  *data = nullptr;
+  Release();
+  if (!form) return E_POINTER;
+
+  Bstr fileName;
+  RETURN_IF_FAILED_LOG(form->get_AttachmentFileList(fileName.Out()), kBuildDataPrefix,
+                       "Failed to get attachment file name.");
+  std::string path;
+  if (!ToAnsi(fileName.Get(), path)) return E_OUTOFMEMORY;
+  ToNativeSeparators(path);
+  if (const HRESULT hr = parcelon::ReadWholeFile(path, kBuildDataPrefix, data_, size_); FAILED(hr))
+    return hr;
+  *data = data_.get();
+
+  // The dump is named by form type and document type; what cannot be read gives the general
+  // name. It never stops the send.
+  NAFormType formType = naftNON_LX;
+  const long dumpType = SUCCEEDED(form->get_FormType(&formType)) ? long(formType) : -1;
+  Bstr docType;
+  std::string extension;
+  if (FAILED(form->get_DocType(docType.Out())) || !ToAnsi(docType.Get(), extension)) extension.clear();
+  parcelon::DumpAttachment(data_.get(), size_t(size_), dumpType, extension.c_str());
+  return S_OK;
+}
+
+// ---- CPDFBuilder -----------------------------------------------------------------------------
+
+HRESULT CPDFBuilder::BuildXML(XMLBuilder& builder) {
+  if (fileName_.Empty()) RETURN_HR_LOG(E_FAIL, kPDFBuilderPrefix, "No PDF file name specified.");
+  std::string path;
+  if (!ToAnsi(fileName_.Get(), path)) return E_OUTOFMEMORY;
+
+  IBase64CoderPtr coder;
+  const char* encoded = nullptr;
+  {
+    std::unique_ptr<BYTE[]> bytes;
+    LONG size = 0;
+    if (const HRESULT hr = parcelon::ReadWholeFile(path, kPDFBuilderPrefix, bytes, size); FAILED(hr))
+      return hr;
+    RETURN_IF_FAILED_LOG(CoCreateInstance(parcelon::host::CLSID_Base64Coder, nullptr, CLSCTX_INPROC_SERVER,
+                                          IidOf<IBase64Coder>(), coder.ReleaseAndGetVoidAddress()),
+                         kPDFBuilderPrefix, "Failed to create the base64 coder.");
+    RETURN_IF_FAILED_LOG(coder->Encode(bytes.get(), size), kPDFBuilderPrefix,
+                         "Failed to encode PDF file.");
+    // The file's bytes are freed here: the encoded text is all that is written.
+  }
+  RETURN_IF_FAILED_LOG(coder->EncodedMessage(&encoded), kPDFBuilderPrefix,
+                       "Failed to encode PDF file.");
+  if (!encoded) encoded = "";
+  const size_t length = std::char_traits<char>::length(encoded);
+
+  // Pieces of the configured length; one piece when it is not set, not positive, or not shorter
+  // than the whole text.
+  const int chunk = AmbitAccess::GetFeatureParamAsInt(kSettingsSection, kChunkKey, nullptr);
+  const size_t pieceLength = chunk <= 0 || size_t(chunk) >= length ? length : size_t(chunk);
+
+  builder.OpenAggregate("PDFData");
+  builder.AddBoolElement("IsEncoded", VARIANT_TRUE);
+  size_t at = 0;
+  do {
+    const size_t count = std::min(pieceLength, length - at);
+    builder.AppendRaw("<Bytes>");
+    AppendRawRange(builder, encoded + at, count);
+    builder.AppendRaw("</Bytes>");
+    builder.AppendNewlines(1);
+    at += count;
+  } while (at < length);
+  builder.CloseAggregate("PDFData");
+
+  DisposeOfFile(path);
+  return S_OK;
+}

@@ -1,0 +1,194 @@
+// The component's COM objects: the interfaces each class answers for, object identity, reference
+// counting and the class objects.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "ComponentTest.h"
+#include "component/NA_Form.h"
+
+namespace parcelon::test {
+namespace {
+
+using ObjectsTest = ComponentTest;
+
+struct Answer {
+  const char* name;
+  IID iid;
+};
+
+// The interfaces of each coclass's chain, with IUnknown and IDispatch.
+const std::vector<Answer> kSessionInterfaces = {
+    {"IUnknown", IidOf<IUnknown>()},   {"IDispatch", IidOf<IDispatch>()},
+    {"INA_Forms", IidOf<INA_Forms>()}, {"INA_Forms2", IidOf<INA_Forms2>()},
+    {"INA_Base", IidOf<INA_Base>()},   {"INA_Base2", IidOf<INA_Base2>()},
+    {"INA_Base3", IidOf<INA_Base3>()}, {"INA_Base4", IidOf<INA_Base4>()},
+    {"INA_Base5", IidOf<INA_Base5>()},
+};
+const std::vector<Answer> kFormInterfaces = {
+    {"IUnknown", IidOf<IUnknown>()},   {"IDispatch", IidOf<IDispatch>()},
+    {"INA_Form", IidOf<INA_Form>()},   {"INA_Form2", IidOf<INA_Form2>()},
+    {"INA_Form3", IidOf<INA_Form3>()}, {"INA_Form4", IidOf<INA_Form4>()},
+    {"INA_Form5", IidOf<INA_Form5>()}, {"INA_Form6", IidOf<INA_Form6>()},
+    {"INA_Form7", IidOf<INA_Form7>()},
+};
+
+ComPtr<IUnknown> Create(const CLSID& clsid) {
+  ComPtr<IUnknown> object;
+  EXPECT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IidOf<IUnknown>(),
+                                   object.ReleaseAndGetVoidAddress()));
+  return object;
+}
+
+// Every interface of `yes` is answered, from every other one, and leads back to one IUnknown;
+// every interface of `no` is refused with a null pointer.
+void ExpectAnswers(IUnknown* object, const std::vector<Answer>& yes,
+                   const std::vector<Answer>& no) {
+  ComPtr<IUnknown> identity;
+  ASSERT_EQ(S_OK, object->QueryInterface(IidOf<IUnknown>(), identity.ReleaseAndGetVoidAddress()));
+  for (const Answer& from : yes) {
+    ComPtr<IUnknown> start;
+    ASSERT_EQ(S_OK, object->QueryInterface(from.iid, start.ReleaseAndGetVoidAddress()))
+        << from.name;
+    for (const Answer& to : yes) {
+      ComPtr<IUnknown> reached;
+      EXPECT_EQ(S_OK, start->QueryInterface(to.iid, reached.ReleaseAndGetVoidAddress()))
+          << from.name << " -> " << to.name;
+      ComPtr<IUnknown> back;
+      ASSERT_EQ(S_OK, reached->QueryInterface(IidOf<IUnknown>(), back.ReleaseAndGetVoidAddress()));
+      EXPECT_EQ(identity.Get(), back.Get()) << from.name << " -> " << to.name;
+    }
+    for (const Answer& refused : no) {
+      void* out = &out;
+      EXPECT_EQ(E_NOINTERFACE, start->QueryInterface(refused.iid, &out)) << refused.name;
+      EXPECT_EQ(nullptr, out) << refused.name;
+    }
+  }
+}
+
+TEST_F(ObjectsTest, SessionAnswersForItsChainOnly) {
+  std::vector<Answer> no(kFormInterfaces.begin() + 2, kFormInterfaces.end());
+  no.push_back({"IClassFactory", IidOf<IClassFactory>()});
+  ExpectAnswers(Create(CLSID_NA_Forms).Get(), kSessionInterfaces, no);
+}
+
+TEST_F(ObjectsTest, FormAnswersForItsChainOnly) {
+  std::vector<Answer> no(kSessionInterfaces.begin() + 2, kSessionInterfaces.end());
+  no.push_back({"IClassFactory", IidOf<IClassFactory>()});
+  ExpectAnswers(Create(CLSID_NA_Form).Get(), kFormInterfaces, no);
+}
+
+TEST_F(ObjectsTest, AddedFormAnswersLikeACreatedOne) {
+  ComPtr<INA_Form> form;
+  ASSERT_EQ(S_OK, session_->AddForm(form.ReleaseAndGetAddressOf()));
+  ExpectAnswers(form.Get(), kFormInterfaces,
+                {kSessionInterfaces.begin() + 2, kSessionInterfaces.end()});
+}
+
+// The slots of an interface reached by QueryInterface are the object's own: the custom interfaces
+// of the session answer through their own vtable, the form's through the last version's.
+TEST_F(ObjectsTest, InterfacesReachedByQueryInterfaceCallTheirOwnSlots) {
+  ComPtr<INA_Base2> base2;
+  ASSERT_EQ(S_OK, session_.As(base2));
+  BSTR text = nullptr;
+  ASSERT_EQ(S_OK, base2->get_DTD_ID(&text));
+  EXPECT_EQ("LXMAIN", Take(text));
+
+  ComPtr<INA_Form> added;
+  ASSERT_EQ(S_OK, session_->AddForm(added.ReleaseAndGetAddressOf()));
+  ComPtr<INA_Form6> form6;
+  ASSERT_EQ(S_OK, added.As(form6));
+  ASSERT_EQ(S_OK, form6->put_SynchMultiple(VARIANT_TRUE));
+  ASSERT_EQ(S_OK, form6->put_UseColor(VARIANT_FALSE));
+  ComPtr<INA_Form7> form7;
+  ASSERT_EQ(S_OK, added.As(form7));
+  VARIANT_BOOL synchMultiple = VARIANT_FALSE;
+  ASSERT_EQ(S_OK, form7->get_SynchMultiple(&synchMultiple));
+  EXPECT_EQ(VARIANT_TRUE, synchMultiple);
+}
+
+TEST_F(ObjectsTest, DispatchOffersNoTypeInformation) {
+  for (const CLSID& clsid : {CLSID_NA_Forms, CLSID_NA_Form}) {
+    ComPtr<IDispatch> dispatch;
+    ASSERT_EQ(S_OK, Create(clsid).As(dispatch));
+    UINT count = 7;
+    EXPECT_EQ(S_OK, dispatch->GetTypeInfoCount(&count));
+    EXPECT_EQ(0u, count);
+  }
+}
+
+TEST_F(ObjectsTest, ReferenceCountsFollowAddRefAndRelease) {
+  for (const CLSID& clsid : {CLSID_NA_Forms, CLSID_NA_Form}) {
+    IUnknown* object = nullptr;
+    ASSERT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IidOf<IUnknown>(),
+                                     reinterpret_cast<void**>(&object)));
+    EXPECT_EQ(2u, object->AddRef());
+    IDispatch* dispatch = nullptr;
+    ASSERT_EQ(S_OK,
+              object->QueryInterface(IidOf<IDispatch>(), reinterpret_cast<void**>(&dispatch)));
+    EXPECT_EQ(2u, dispatch->Release());
+    EXPECT_EQ(1u, object->Release());
+    EXPECT_EQ(0u, object->Release());
+  }
+}
+
+// The session holds one reference to each of its forms, given up by RemoveAllForms or with the
+// session; a caller's reference keeps the form alive after both.
+TEST_F(ObjectsTest, FormOutlivesTheSessionWhileACallerHoldsIt) {
+  INA_Form* form = nullptr;
+  ASSERT_EQ(S_OK, session_->AddForm(&form));
+  EXPECT_EQ(3u, form->AddRef());
+  EXPECT_EQ(2u, form->Release());
+
+  base_.Reset();
+  session_.Reset();
+  ASSERT_EQ(S_OK, form->put_To(MakeBstr("a@example.com").Get()));
+  BSTR to = nullptr;
+  ASSERT_EQ(S_OK, form->get_To(&to));
+  EXPECT_EQ("a@example.com", Take(to));
+  EXPECT_EQ(0u, form->Release());
+}
+
+TEST_F(ObjectsTest, RemoveAllFormsGivesUpTheSessionsReferences) {
+  INA_Form* form = nullptr;
+  ASSERT_EQ(S_OK, session_->AddForm(&form));
+  ASSERT_EQ(S_OK, session_->RemoveAllForms());
+  EXPECT_EQ(2u, form->AddRef());
+  EXPECT_EQ(1u, form->Release());
+  EXPECT_EQ(0u, form->Release());
+  EXPECT_EQ(E_UNEXPECTED, base_->Initialize());
+}
+
+TEST_F(ObjectsTest, ClassObjectsRefuseAggregation) {
+  for (const CLSID& clsid : {CLSID_NA_Forms, CLSID_NA_Form}) {
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(S_OK,
+              GetClassObject(clsid, IidOf<IClassFactory>(), factory.ReleaseAndGetVoidAddress()));
+    ComPtr<IUnknown> outer = Create(CLSID_NA_Form);
+    void* object = &object;
+    EXPECT_EQ(CLASS_E_NOAGGREGATION,
+              factory->CreateInstance(outer.Get(), IidOf<IUnknown>(), &object));
+    EXPECT_EQ(nullptr, object);
+    EXPECT_EQ(E_NOINTERFACE, factory->CreateInstance(nullptr, IidOf<IClassFactory>(), &object));
+    EXPECT_EQ(nullptr, object);
+  }
+}
+
+TEST_F(ObjectsTest, OnlyTheComponentsClassesHaveClassObjects) {
+  void* factory = &factory;
+  EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
+            GetClassObject(LIBID_PARCELONLib, IidOf<IClassFactory>(), &factory));
+  EXPECT_EQ(nullptr, factory);
+}
+
+TEST_F(ObjectsTest, ClassesAreGoneWithTheirRegistration) {
+  registration_.reset();
+  ComPtr<INA_Forms> session;
+  EXPECT_EQ(REGDB_E_CLASSNOTREG,
+            CoCreateInstance(CLSID_NA_Forms, nullptr, CLSCTX_INPROC_SERVER, IidOf<INA_Forms>(),
+                             session.ReleaseAndGetVoidAddress()));
+}
+
+}  // namespace
+}  // namespace parcelon::test

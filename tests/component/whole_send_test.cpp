@@ -1,0 +1,116 @@
+// Whole sends of the sample company, driven as the network adapter drives them, against the
+// expected transcripts in tests/component/sends/: every pass's URL, content type, header lines
+// and body in full. PARCELON_UPDATE_SENDS=1 writes the transcripts anew (review them before
+// committing).
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "component/ClassObjects.h"
+#include "forms/FormsTestHost.h"
+#include "platform/Paths.h"
+#include "tools/SendDriver.h"
+
+namespace parcelon::test {
+namespace {
+
+using tools::FormSpec;
+using tools::SendSpec;
+
+const std::string kSources = PARCELON_SOURCE_DIR;
+const std::string kPdf = kSources + "/samples/invoice-1001.pdf";
+
+// OLE dates of the statement period.
+constexpr DATE k2009March1 = 39873, k2009March31 = 39903;
+
+FormSpec Form(NAFormType type, LONG recNum, NASendType send) {
+  FormSpec form;
+  form.type = type;
+  form.recNum = recNum;
+  form.send = send;
+  form.to = "siobhan@obrien.example";
+  form.from = "office@harborpine.example";
+  form.subject = "Your form from Harbor & Pine";
+  form.text = "Thank you for your business.";
+  form.faxTo = "415-555-0101";
+  form.pdf = kPdf;
+  return form;
+}
+
+struct Scenario {
+  const char* name;
+  std::vector<FormSpec> forms;
+};
+
+std::vector<Scenario> Scenarios() {
+  FormSpec full = Form(naftINVOICE, 1001, nastEMAIL);
+  full.cc = "accounts@obrien.example";
+  full.bcc = "archive@harborpine.example";
+  full.replyTo = "billing@harborpine.example";
+  FormSpec statement = Form(naftSTATEMENT, 0, nastEMAIL);
+  statement.statementCustomer = 102;
+  statement.statementDate = k2009March31;
+  statement.statementFrom = k2009March1;
+  statement.statementTo = k2009March31;
+  FormSpec other = Form(naftNON_LX, 0, nastEMAIL);
+  FormSpec first = Form(naftINVOICE, 1001, nastEMAIL), second = Form(naftESTIMATE, 2002, nastEMAIL);
+  FormSpec firstTogether = first;
+  firstTogether.synchMultiple = true;
+  return {
+      {"invoice-email-cc-bcc-reply", {full}},
+      {"invoice-email-no-terms-zero-date", {Form(naftINVOICE, 1003, nastEMAIL)}},
+      {"invoice-fax", {Form(naftINVOICE, 1002, nastFAX)}},
+      {"invoice-paper-mail", {Form(naftINVOICE, 1001, nastPAPER_MAIL)}},
+      {"estimate-email-customer", {Form(naftESTIMATE, 2002, nastEMAIL)}},
+      {"estimate-fax-job", {Form(naftESTIMATE, 2001, nastFAX)}},
+      {"estimate-paper-mail", {Form(naftESTIMATE, 2001, nastPAPER_MAIL)}},
+      {"statement-email-job", {statement}},
+      {"other-document-email", {other}},
+      {"invoice-send-method-none", {Form(naftINVOICE, 1001, nastNONE)}},
+      {"two-forms-one-by-one", {first, second}},
+      {"two-forms-synch-multiple", {firstTogether, second}},
+  };
+}
+
+class WholeSendTest : public FormsTest, public ::testing::WithParamInterface<Scenario> {
+ protected:
+  void SetUp() override {
+    FormsTest::SetUp();
+    UseCompany(ReadFile(kSources + "/samples/sample-company.json"));
+    WriteSettings(
+        "[URLs]\nEmailService.FormGatewayURL=https://forms.gateway.example/lxn/forms\n"
+        "EmailService.FormGatewayAttachURL=https://forms.gateway.example/lxn/attachments\n");
+    classes_.emplace();
+    ASSERT_EQ(S_OK, classes_->Result());
+  }
+  void TearDown() override {
+    classes_.reset();
+    FormsTest::TearDown();
+  }
+
+  std::optional<ClassObjectRegistration> classes_;
+};
+
+TEST_P(WholeSendTest, TranscriptIsExactlyTheExpectedOne) {
+  SendSpec plan;
+  plan.forms = GetParam().forms;
+  std::string transcript;
+  EXPECT_EQ(S_OK, tools::RunSend(plan, transcript)) << transcript;
+  transcript = WithoutTrnUIDs(transcript);
+  const std::string expectedFile = kSources + "/tests/component/sends/" + GetParam().name + ".txt";
+  if (!GetEnv("PARCELON_UPDATE_SENDS").empty()) WriteFile(expectedFile, transcript);
+  EXPECT_EQ(transcript, ReadFile(expectedFile));
+  EXPECT_EQ(LogEntries(), std::vector<std::string>()) << "a whole send logs no failure";
+}
+
+INSTANTIATE_TEST_SUITE_P(Sends, WholeSendTest, ::testing::ValuesIn(Scenarios()),
+                         [](const auto& info) {
+                           std::string name = info.param.name;
+                           for (char& c : name)
+                             if (c == '-') c = '_';
+                           return name;
+                         });
+
+}  // namespace
+}  // namespace parcelon::test

@@ -1,0 +1,830 @@
+// The writers that the form aggregates keep for forms that carry lines: the invoice and estimate
+// line writers, their sales-tax line rule and the estimate template's cost check, against the
+// reference host; whole texts, and every failure of a read with its log lines.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "forms/EstimateForm.h"
+#include "forms/FormAggregateTest.h"
+#include "forms/FormParts.h"
+#include "forms/InvoiceForm.h"
+
+namespace parcelon::test {
+namespace {
+
+// Style 1 prints the sales tax as a line (its sales tax field is not printed) and shows rate and
+// markup; style 2 prints the sales tax in its footer and leaves the markup out; style 3 has
+// neither fields nor columns.
+const std::string kFixture = std::string("{") + kAggregateCompany + R"(
+  "items": [
+    {"recNum": 50, "name": "Labor", "type": "service"},
+    {"recNum": 51, "name": "Shingles", "type": "inventory", "parent": 50},
+    {"recNum": 60, "name": "State Tax", "type": "taxComp", "longDescription": "State sales tax <5%>"}
+  ],
+  "classes": [{"recNum": 5, "name": "Roofing & Siding"}],
+  "styles": [
+    {"recNum": 1, "fullName": "Tax as line", "fields": [{"id": "date"}, {"id": "salesTax", "onPrint": false}],
+     "table": {"columns": [{"id": "rate"}, {"id": "estMarkupItem"}]}},
+    {"recNum": 2, "fullName": "Tax in footer", "fields": [{"id": "salesTax"}],
+     "table": {"columns": [{"id": "estMarkupItem", "onPrint": false}, {"id": "rate"}]}},
+    {"recNum": 3, "fullName": "Plain"}
+  ],
+  "invoices": [
+    {"recNum": 300, "customer": 11, "customStyle": 1, "salesTaxItem": 60, "salesTaxRate": "5.00",
+     "lines": [
+       {"item": 51, "description": "Cedar <red> shingles", "quantity": "12", "unitPrice": "3.25",
+        "amount": "39.00", "class": 5, "other1": "O1", "isTaxable": true, "openBalance": "39.00",
+        "customFields": ["Blue", "L&R"], "serviceDate": "2009-03-02",
+        "currentPercentage": "50.00", "estimateAmount": "78.00", "estimateQuantity": "24",
+        "estimateRate": "3.25", "priorAmount": "0.00", "totalPercentage": "50.00"},
+       {"description": "Note: see plan", "paid": true, "isEndOfGroup": true, "isPrintable": false}
+     ]},
+    {"recNum": 301, "customer": 10, "customStyle": 2, "salesTaxItem": 60, "salesTaxRate": "5.00"}
+  ],
+  "estimates": [
+    {"recNum": 400, "customer": 10, "customStyle": 1, "salesTaxItem": 60, "salesTaxRate": "7.25",
+     "lines": [
+       {"item": 50, "description": "Crew day", "quantity": "3", "unitPrice": "40.00", "amount": "150.00",
+        "markup": "30.00", "nominalTotal": "120.40", "customFields": ["x"]},
+       {"description": "Weather permitting"},
+       {"item": 50, "description": "Lump sum", "unitPrice": "25.00", "amount": "25.00", "isTaxable": true}
+     ]},
+    {"recNum": 401, "customer": 10, "customStyle": 2},
+    {"recNum": 402, "customer": 10, "customStyle": 3}
+  ]
+})";
+
+constexpr char kInvoiceItemPrefix[] =
+    "Parcelon:CInvoiceItemBuilder::BuildXML(XMLBuilder&, VARIANT_BOOL, OLAString&, IAmountPtr&): ";
+constexpr char kInvoiceLinePrefix[] = "Parcelon:CInvoiceItemBuilder::BuildInvoiceLineItem(): ";
+constexpr char kProgressPrefix[] =
+    "Parcelon:CInvoiceItemBuilder::BuildProgressInvoiceElements(IInvoiceItemLineItem2Ptr, XMLBuilder&): ";
+constexpr char kEstimateItemPrefix[] =
+    "Parcelon:CEstimateItemBuilder::BuildXML(XMLBuilder&, VARIANT_BOOL, OLAString&, IAmountPtr&, BOOL): ";
+constexpr char kEstimateLinePrefix[] = "Parcelon:CEstimateItemBuilder::BuildEstimateLineItem(): ";
+constexpr char kInvoiceTaxPrefix[] =
+    "Parcelon:CInvoiceDetailBuilder::MaybeAddSalesTaxLineItem(double, IItemPtr, IAmountPtr, VARIANT_BOOL, "
+    "XMLBuilder&): ";
+constexpr char kEstimateTaxPrefix[] =
+    "Parcelon:CEstimateDetailBuilder::MaybeAddSalesTaxLineItem(double, IItemPtr, IAmountPtr, VARIANT_BOOL, "
+    "XMLBuilder&): ";
+constexpr char kCostPrefix[] = "Parcelon:CEstimateDetailBuilder::CheckTemplateForHowToHandleCost(BOOL*): ";
+
+const std::string kShinglesLine =
+    "<InvoiceItem>\n"
+    "<ItemName>Shingles</ItemName>\n"
+    "<ItemDesc>Cedar &lt;red&gt; shingles</ItemDesc>\n"
+    "<Quantity>12.00</Quantity>\n"
+    "<Rate>3.25</Rate>\n"
+    "<Amount>39.00</Amount>\n"
+    "<ClassName>Roofing &amp; Siding</ClassName>\n"
+    "<Other1>O1</Other1>\n"
+    "<Other2></Other2>\n"
+    "<IsPrintable>Y</IsPrintable>\n"
+    "<IsTaxable>Y</IsTaxable>\n"
+    "<IsEndOfGroup>N</IsEndOfGroup>\n"
+    "<Paid>N</Paid>\n"
+    "<BalOpen>39.00</BalOpen>\n"
+    "<CustomFieldData>\n"
+    "<Index>0</Index>\n"
+    "<Data>Blue</Data>\n"
+    "</CustomFieldData>\n"
+    "<CustomFieldData>\n"
+    "<Index>1</Index>\n"
+    "<Data>L&amp;R</Data>\n"
+    "</CustomFieldData>\n"
+    "<ServiceDate>20090302T000000-0500</ServiceDate>\n"
+    "<TaxableFlag>T</TaxableFlag>\n"
+    "<CurrentPercentage>50.00</CurrentPercentage>\n"
+    "<EstimateAmount>78.00</EstimateAmount>\n"
+    "<EstimateQuantity>24.00</EstimateQuantity>\n"
+    "<EstimateRate>3.25</EstimateRate>\n"
+    "<PriorAmount>0.00</PriorAmount>\n"
+    "<TotalPercentage>50.00</TotalPercentage>\n"
+    "</InvoiceItem>\n";
+
+const std::string kNoteLine =
+    "<InvoiceItem>\n"
+    "<ItemName></ItemName>\n"
+    "<ItemDesc>Note: see plan</ItemDesc>\n"
+    "<ClassName></ClassName>\n"
+    "<Other1></Other1>\n"
+    "<Other2></Other2>\n"
+    "<IsPrintable>N</IsPrintable>\n"
+    "<IsTaxable>N</IsTaxable>\n"
+    "<IsEndOfGroup>Y</IsEndOfGroup>\n"
+    "<Paid>Y</Paid>\n"
+    "<TaxableFlag> </TaxableFlag>\n"
+    "</InvoiceItem>\n";
+
+const std::string kCrewDayLine =
+    "<EstimateItem>\n"
+    "<ItemName>Labor</ItemName>\n"
+    "<ItemDesc>Crew day</ItemDesc>\n"
+    "<Quantity>3.00</Quantity>\n"
+    "<Rate>40.00</Rate>\n"
+    "<Amount>150.00</Amount>\n"
+    "<ClassName></ClassName>\n"
+    "<Other1></Other1>\n"
+    "<Other2></Other2>\n"
+    "<IsPrintable>Y</IsPrintable>\n"
+    "<IsTaxable>N</IsTaxable>\n"
+    "<IsEndOfGroup>N</IsEndOfGroup>\n"
+    "<Paid>N</Paid>\n"
+    "<MarkupLineItem>30.00</MarkupLineItem>\n"
+    "<NominalLineItem>120.4</NominalLineItem>\n"
+    "<CustomFieldData>\n"
+    "<Index>0</Index>\n"
+    "<Data>x</Data>\n"
+    "</CustomFieldData>\n"
+    "<TaxableFlag> </TaxableFlag>\n"
+    "</EstimateItem>\n";
+
+const std::string kInvoiceTaxLine =
+    "<InvoiceItem>\n"
+    "<ItemName>State Tax</ItemName>\n"
+    "<ItemDesc>State sales tax &lt;5%&gt;</ItemDesc>\n"
+    "<Rate>5.00</Rate>\n"
+    "<Amount>12.35</Amount>\n"
+    "<IsPrintable>Y</IsPrintable>\n"
+    "<IsTaxable>N</IsTaxable>\n"
+    "<IsEndOfGroup>N</IsEndOfGroup>\n"
+    "<Paid>N</Paid>\n"
+    "</InvoiceItem>\n";
+
+std::string Line(const std::string& prefix, const std::string& message, const char* hr) {
+  return prefix + message + "  HRESULT=" + hr;
+}
+
+// `text` with each `from` line given as `to` (a removal for an empty `to`).
+std::string Edited(std::string text, const std::vector<std::pair<std::string, std::string>>& edits) {
+  for (const auto& [from, to] : edits) {
+    const size_t at = ("\n" + text).find("\n" + from);
+    if (at == std::string::npos) {
+      ADD_FAILURE() << "no line " << from;
+      continue;
+    }
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
+// A failure of the line writers: the fault, the status, the edits of the whole text and the log;
+// for a failure that ends the line, the line of the whole text where the writing stopped.
+struct LineCase {
+  HostFault fault;
+  HRESULT status;
+  std::vector<std::pair<std::string, std::string>> edits;
+  std::vector<std::string> log;
+  const char* stopsAt = nullptr;
+};
+
+// `text` up to the line `stop`.
+std::string UpTo(const std::string& text, const std::string& stop) {
+  const size_t at = ("\n" + text).find("\n" + stop);
+  EXPECT_NE(std::string::npos, at) << stop;
+  return text.substr(0, at);
+}
+
+class LineWritersTest : public FormAggregateTest {
+ protected:
+  void SetUp() override {
+    FormAggregateTest::SetUp();
+    UseCompany(kFixture);
+  }
+
+  IInvoicePtr Invoice(LONG recNum) {
+    IInvoicePtr invoice;
+    EXPECT_EQ(S_OK, forms::LookUpInvoice(CompanyFile().Get(), recNum, "test", invoice));
+    return invoice;
+  }
+  IEstimatePtr Estimate(LONG recNum) {
+    IEstimatePtr estimate;
+    EXPECT_EQ(S_OK, forms::LookUpEstimate(CompanyFile().Get(), recNum, "test", estimate));
+    return estimate;
+  }
+  IInvoiceItemLineItemPtr InvoiceLine(LONG index) {
+    IInvoiceItemLineItemsPtr lines;
+    IInvoiceItemLineItemPtr line;
+    EXPECT_EQ(S_OK, Invoice(300)->GetLineItems(lines.ReleaseAndGetAddressOf()));
+    EXPECT_EQ(S_OK, lines->GetItem(index, line.ReleaseAndGetAddressOf()));
+    return line;
+  }
+  IEstimateItemLineItemPtr EstimateLine(LONG index) {
+    IEstimateItemLineItemsPtr lines;
+    IEstimateItemLineItemPtr line;
+    EXPECT_EQ(S_OK, Estimate(400)->GetLineItems(lines.ReleaseAndGetAddressOf()));
+    EXPECT_EQ(S_OK, lines->GetItem(index, line.ReleaseAndGetAddressOf()));
+    return line;
+  }
+
+  // The text of one invoice line; `itemName` and `amount` receive what the writer hands back.
+  std::string WriteInvoiceLine(LONG index, VARIANT_BOOL customerIsTaxable, HRESULT expected,
+                               OLAString& itemName, IAmountPtr& amount) {
+    const IInvoiceItemLineItemPtr line = InvoiceLine(index);
+    HRESULT status = S_OK;
+    const std::string text = Build(
+        [&](XMLBuilder& builder) {
+          return CInvoiceItemBuilder(line.Get()).BuildXML(builder, customerIsTaxable, itemName, amount);
+        },
+        status);
+    EXPECT_EQ(expected, status);
+    return text;
+  }
+  std::string WriteInvoiceLine(LONG index, VARIANT_BOOL customerIsTaxable, HRESULT expected) {
+    OLAString itemName;
+    IAmountPtr amount;
+    return WriteInvoiceLine(index, customerIsTaxable, expected, itemName, amount);
+  }
+
+  std::string WriteEstimateLine(LONG index, BOOL showCost, HRESULT expected) {
+    const IEstimateItemLineItemPtr line = EstimateLine(index);
+    OLAString itemName;
+    IAmountPtr amount;
+    HRESULT status = S_OK;
+    const std::string text = Build(
+        [&](XMLBuilder& builder) {
+          return CEstimateItemBuilder(line.Get()).BuildXML(builder, VARIANT_TRUE, itemName, amount, showCost);
+        },
+        status);
+    EXPECT_EQ(expected, status);
+    return text;
+  }
+
+  // The sales tax line of invoice or estimate `recNum`, with its own sales tax item and rate.
+  template <class Builder, class Transaction>
+  std::string WriteTaxLine(const ComPtr<Transaction>& transaction, LONG recNum, VARIANT_BOOL customerIsTaxable,
+                           HRESULT expected) {
+    IItemPtr item;
+    IAmountPtr rate;
+    EXPECT_EQ(S_OK, transaction->GetSalesTaxItem(item.ReleaseAndGetAddressOf()));
+    EXPECT_EQ(S_OK, transaction->GetSalesTaxRate(rate.ReleaseAndGetAddressOf()));
+    HRESULT status = S_OK;
+    const std::string text = Build(
+        [&](XMLBuilder& builder) {
+          return Builder(CompanyFile().Get(), recNum).MaybeAddSalesTaxLineItem(12.345, item, rate, customerIsTaxable,
+                                                                               builder);
+        },
+        status);
+    EXPECT_EQ(expected, status);
+    return text;
+  }
+
+  // *showCost of estimate `recNum`'s template.
+  BOOL ShowCost(LONG recNum, HRESULT expected) {
+    BOOL showCost = -7;
+    EXPECT_EQ(expected, CEstimateDetailBuilder(CompanyFile().Get(), recNum).CheckTemplateForHowToHandleCost(&showCost));
+    return showCost;
+  }
+};
+
+// ---- Invoice lines ---------------------------------------------------------------------------
+
+TEST_F(LineWritersTest, InvoiceLineWithEveryElement) {
+  OLAString itemName;
+  IAmountPtr amount;
+  EXPECT_EQ(kShinglesLine, WriteInvoiceLine(0, VARIANT_TRUE, S_OK, itemName, amount));
+  EXPECT_STREQ("Shingles", itemName.GetText());
+  Bstr amountText;
+  ASSERT_TRUE(amount);
+  EXPECT_EQ(S_OK, amount->GetText(amountText.Out()));
+  EXPECT_EQ(MakeBstr("39.00").Length(), amountText.Length());
+  EXPECT_TRUE(LogEntries().empty());
+}
+
+TEST_F(LineWritersTest, InvoiceLineOfADescriptionAlone) {
+  OLAString itemName("left over");
+  IAmountPtr amount;
+  EXPECT_EQ(kNoteLine, WriteInvoiceLine(1, VARIANT_TRUE, S_OK, itemName, amount));
+  EXPECT_STREQ("", itemName.GetText());
+  EXPECT_TRUE(LogEntries().empty());
+}
+
+TEST_F(LineWritersTest, ALineIsTaxedOnlyForATaxableCustomerButKeepsItsTaxCode) {
+  EXPECT_EQ(Edited(kShinglesLine, {{"<IsTaxable>Y</IsTaxable>\n", "<IsTaxable>N</IsTaxable>\n"}}),
+            WriteInvoiceLine(0, VARIANT_FALSE, S_OK));
+  // Only VARIANT_TRUE is the boolean's true; any other non-zero value counts as taxable too.
+  EXPECT_EQ(kShinglesLine, WriteInvoiceLine(0, 1, S_OK));
+}
+
+TEST_F(LineWritersTest, InvoiceLineFailures) {
+  const std::string skipped = "  Skipping this optional element.";
+  const LineCase cases[] = {
+      {{"IInvoiceItemLineItem::GetItem", 300, E_FAIL},
+       S_OK,
+       {{"<ItemName>Shingles</ItemName>\n", "<ItemName></ItemName>\n"}},
+       {Line(kInvoiceItemPrefix, "Failed to get item from invoice line item in LX.  Continuing...", "0x80004005"),
+        Line(kInvoiceItemPrefix,
+             "Using empty item name element because failed to get item from invoice line item in LX.", "0x80004005")}},
+      {{"IItem::GetType", 51, E_FAIL},
+       S_OK,
+       {},
+       {Line(kInvoiceItemPrefix, "Failed to get type from item in LX while building invoice item.  Continuing...",
+             "0x80004005")}},
+      {{"IItem::GetName", 51, E_FAIL},
+       S_OK,
+       {{"<ItemName>Shingles</ItemName>\n", "<ItemName></ItemName>\n"}},
+       {Line(kInvoiceItemPrefix,
+             "Failed to get name from item in LX while building invoice item.  Using empty item name element.",
+             "0x80004005")}},
+      {{"IInvoiceItemLineItem2", {}, E_NOINTERFACE},
+       E_NOINTERFACE,
+       {},
+       {Line(kInvoiceItemPrefix, "Failed to get invoice line item(2) from LX.", "0x80004002")},
+       "<InvoiceItem>\n"},
+      {{"IInvoiceItemLineItem2::GetIsEndOfGroup", 300, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceItemPrefix, "Failed to get is end of group from invoice line item(2) in LX.", "0x80004005")},
+       "<InvoiceItem>\n"},
+      {{"IInvoiceItemLineItem2::GetIsPrintable", 300, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceItemPrefix, "Failed to get is printable from invoice line item(2) in LX.", "0x80004005")},
+       "<InvoiceItem>\n"},
+      {{"IInvoiceItemLineItem2::GetQuantity", 300, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceItemPrefix, "Failed to get quantity from invoice line item(2) in LX.", "0x80004005")},
+       "<InvoiceItem>\n"},
+      {{"IInvoiceItemLineItem::GetDescription", 300, E_FAIL},
+       S_OK,
+       {{"<ItemDesc>Cedar &lt;red&gt; shingles</ItemDesc>\n", ""}},
+       {Line(kInvoiceLinePrefix, "Failed to get item description from invoice line item in LX." + skipped,
+             "0x80004005")}},
+      {{"IInvoiceItemLineItem::GetUnitPrice", 300, E_FAIL},
+       S_OK,
+       {{"<Rate>3.25</Rate>\n", ""}},
+       {Line(kInvoiceLinePrefix, "Failed to get unit price from invoice line item in LX." + skipped, "0x80004005")}},
+      {{"IInvoiceItemLineItem::GetAmount", 300, E_FAIL},
+       S_OK,
+       {{"<Amount>39.00</Amount>\n", ""}},
+       {Line(kInvoiceLinePrefix, "Failed to get amount from invoice line item in LX." + skipped, "0x80004005")}},
+      {{"IInvoiceItemLineItem::GetClass", 300, E_FAIL},
+       S_OK,
+       {{"<ClassName>Roofing &amp; Siding</ClassName>\n", ""}},
+       {Line(kInvoiceLinePrefix, "Failed to get class from invoice line item in LX." + skipped, "0x80004005")}},
+      {{"IClass::GetName", 5, E_FAIL},
+       S_OK,
+       {{"<ClassName>Roofing &amp; Siding</ClassName>\n", ""}},
+       {Line(kInvoiceLinePrefix,
+             "Failed to get name from class in LX while getting invoice item's class name." + skipped, "0x80004005")}},
+      {{"IInvoiceItemLineItem::GetOther1", 300, E_FAIL},
+       S_OK,
+       {{"<Other1>O1</Other1>\n", ""}},
+       {Line(kInvoiceLinePrefix, "Failed to get other 1 from invoice line item in LX." + skipped, "0x80004005")}},
+      {{"IInvoiceItemLineItem::GetOther2", 300, E_FAIL},
+       S_OK,
+       {{"<Other2></Other2>\n", ""}},
+       {Line(kInvoiceLinePrefix, "Failed to get other 2 from invoice line item in LX." + skipped, "0x80004005")}},
+      {{"IInvoiceItemLineItem::GetIsTaxable", 300, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceLinePrefix, "Failed to get is taxable from invoice line item in LX.", "0x80004005")},
+       "<IsTaxable>Y</IsTaxable>\n"},
+      {{"IInvoiceItemLineItem::GetPaid", 300, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceLinePrefix, "Failed to get paid from invoice line item in LX.", "0x80004005")},
+       "<Paid>N</Paid>\n"},
+      {{"IInvoiceItemLineItem::GetOpenBalance", 300, E_FAIL},
+       S_OK,
+       {{"<BalOpen>39.00</BalOpen>\n", ""}},
+       {Line(kInvoiceLinePrefix, "Failed to get open balance from invoice line item in LX." + skipped,
+             "0x80004005")}},
+      {{"IInvoiceItemLineItem::GetCustomFieldCount", 300, E_FAIL},
+       S_OK,
+       {{"<CustomFieldData>\n<Index>0</Index>\n<Data>Blue</Data>\n</CustomFieldData>\n", ""},
+        {"<CustomFieldData>\n<Index>1</Index>\n<Data>L&amp;R</Data>\n</CustomFieldData>\n", ""}},
+       {Line(kInvoiceLinePrefix, "Failed to get custom field count from invoice line item in LX." + skipped,
+             "0x80004005")}},
+      {{"IInvoiceItemLineItem::GetCustomField", 300, E_FAIL},
+       S_OK,
+       {{"<CustomFieldData>\n<Index>0</Index>\n<Data>Blue</Data>\n</CustomFieldData>\n", ""},
+        {"<CustomFieldData>\n<Index>1</Index>\n<Data>L&amp;R</Data>\n</CustomFieldData>\n", ""}},
+       {Line(kInvoiceLinePrefix, "Failed to get custom field from invoice line item in LX." + skipped, "0x80004005"),
+        Line(kInvoiceLinePrefix, "Failed to get custom field from invoice line item in LX." + skipped,
+             "0x80004005")}},
+      {{"IInvoiceItemLineItem::GetServiceDate", 300, E_FAIL},
+       S_OK,
+       {{"<ServiceDate>20090302T000000-0500</ServiceDate>\n", ""}},
+       {Line(kInvoiceLinePrefix, "Failed to get service date from invoice line item in LX." + skipped,
+             "0x80004005")}},
+  };
+  for (const LineCase& c : cases) {
+    SCOPED_TRACE(c.fault.operation);
+    StartCase();
+    Inject(c.fault);
+    const std::string text = WriteInvoiceLine(0, VARIANT_TRUE, c.status);
+    EXPECT_EQ(c.stopsAt ? UpTo(kShinglesLine, c.stopsAt) : Edited(kShinglesLine, c.edits), text);
+    EXPECT_EQ(c.log, LogEntries());
+  }
+}
+
+TEST_F(LineWritersTest, EveryProgressFigureIsOptional) {
+  struct Figure {
+    const char* getter;
+    const char* words;
+    const char* line;
+  };
+  const Figure figures[] = {
+      {"GetCurrentPercentage", "current percentage", "<CurrentPercentage>50.00</CurrentPercentage>\n"},
+      {"GetEstimateAmount", "estimate amount", "<EstimateAmount>78.00</EstimateAmount>\n"},
+      {"GetEstimateQuantity", "estimate quantity", "<EstimateQuantity>24.00</EstimateQuantity>\n"},
+      {"GetEstimateRate", "estimate rate", "<EstimateRate>3.25</EstimateRate>\n"},
+      {"GetPriorAmount", "prior amount", "<PriorAmount>0.00</PriorAmount>\n"},
+      {"GetPriorPercentage", "prior percentage", nullptr},
+      {"GetPriorQuantity", "prior quantity", nullptr},
+      {"GetPriorRate", "prior rate", nullptr},
+      {"GetTotalPercentage", "total percentage", "<TotalPercentage>50.00</TotalPercentage>\n"},
+  };
+  for (const Figure& figure : figures) {
+    const std::string operation = std::string("IInvoiceItemLineItem2::") + figure.getter;
+    SCOPED_TRACE(operation);
+    StartCase();
+    Inject({operation.c_str(), 300, E_FAIL});
+    const std::string expected = figure.line ? Edited(kShinglesLine, {{figure.line, ""}}) : kShinglesLine;
+    EXPECT_EQ(expected, WriteInvoiceLine(0, VARIANT_TRUE, S_OK));
+    EXPECT_EQ(std::vector<std::string>{Line(kProgressPrefix,
+                                            std::string("Failed to get ") + figure.words +
+                                                " from invoice line item(2) in LX.  Skipping this optional element.",
+                                            "0x80004005")},
+              LogEntries());
+  }
+}
+
+TEST_F(LineWritersTest, AmountsThatCannotBeWrittenAreLeftOutOneByOne) {
+  Inject({"IAmount::GetText", 300, E_FAIL});
+  EXPECT_EQ(Edited(kShinglesLine, {{"<Quantity>12.00</Quantity>\n", ""},
+                                   {"<Rate>3.25</Rate>\n", ""},
+                                   {"<Amount>39.00</Amount>\n", ""},
+                                   {"<BalOpen>39.00</BalOpen>\n", ""},
+                                   {"<CurrentPercentage>50.00</CurrentPercentage>\n", ""},
+                                   {"<EstimateAmount>78.00</EstimateAmount>\n", ""},
+                                   {"<EstimateQuantity>24.00</EstimateQuantity>\n", ""},
+                                   {"<EstimateRate>3.25</EstimateRate>\n", ""},
+                                   {"<PriorAmount>0.00</PriorAmount>\n", ""},
+                                   {"<TotalPercentage>50.00</TotalPercentage>\n", ""}}),
+            WriteInvoiceLine(0, VARIANT_TRUE, S_OK));
+  std::vector<std::string> expected;
+  for (const char* what : {"quantity", "rate", "amount", "balance open"})
+    expected.push_back(Line(kInvoiceLinePrefix,
+                            std::string("Failed converting amount to XML for ") + what +
+                                ".  Skipping this optional element.",
+                            "0x80004005"));
+  for (const char* what : {"current percentage", "estimate amount", "estimate quantity", "estimate rate",
+                           "prior amount", "prior percentage", "prior quantity", "prior rate", "total percentage"})
+    expected.push_back(Line(kProgressPrefix,
+                            std::string("Failed converting amount to XML for ") + what +
+                                ".  Skipping this optional element.",
+                            "0x80004005"));
+  EXPECT_EQ(expected, LogEntries());
+}
+
+// ---- Estimate lines --------------------------------------------------------------------------
+
+TEST_F(LineWritersTest, EstimateLinesShowTheirCostOnlyWhenTheTemplateDoes) {
+  EXPECT_EQ(kCrewDayLine, WriteEstimateLine(0, TRUE, S_OK));
+  EXPECT_EQ(Edited(kCrewDayLine, {{"<Rate>40.00</Rate>\n", ""}, {"<MarkupLineItem>30.00</MarkupLineItem>\n", ""}}),
+            WriteEstimateLine(0, FALSE, S_OK));
+  EXPECT_TRUE(LogEntries().empty());
+}
+
+TEST_F(LineWritersTest, EstimateLinesWithoutQuantityOrAmount) {
+  const std::string describesOnly =
+      "<EstimateItem>\n"
+      "<ItemName></ItemName>\n"
+      "<ItemDesc>Weather permitting</ItemDesc>\n"
+      "<ClassName></ClassName>\n"
+      "<Other1></Other1>\n"
+      "<Other2></Other2>\n"
+      "<IsPrintable>Y</IsPrintable>\n"
+      "<IsTaxable>N</IsTaxable>\n"
+      "<IsEndOfGroup>N</IsEndOfGroup>\n"
+      "<Paid>N</Paid>\n"
+      "<NominalLineItem>0</NominalLineItem>\n"
+      "<TaxableFlag> </TaxableFlag>\n"
+      "</EstimateItem>\n";
+  EXPECT_EQ(describesOnly, WriteEstimateLine(1, TRUE, S_OK));
+  const std::string lumpSum =
+      "<EstimateItem>\n"
+      "<ItemName>Labor</ItemName>\n"
+      "<ItemDesc>Lump sum</ItemDesc>\n"
+      "<Rate>25.00</Rate>\n"
+      "<Amount>25.00</Amount>\n"
+      "<ClassName></ClassName>\n"
+      "<Other1></Other1>\n"
+      "<Other2></Other2>\n"
+      "<IsPrintable>Y</IsPrintable>\n"
+      "<IsTaxable>Y</IsTaxable>\n"
+      "<IsEndOfGroup>N</IsEndOfGroup>\n"
+      "<Paid>N</Paid>\n"
+      "<NominalLineItem>0</NominalLineItem>\n"
+      "<TaxableFlag>T</TaxableFlag>\n"
+      "</EstimateItem>\n";
+  EXPECT_EQ(lumpSum, WriteEstimateLine(2, TRUE, S_OK));
+  EXPECT_TRUE(LogEntries().empty());
+}
+
+TEST_F(LineWritersTest, EstimateLineFailures) {
+  const std::string skipped = "  Skipping this optional element.";
+  const LineCase cases[] = {
+      {{"IEstimateItemLineItem::GetItem", 400, E_FAIL},
+       S_OK,
+       {{"<ItemName>Labor</ItemName>\n", "<ItemName></ItemName>\n"}},
+       {Line(kEstimateItemPrefix, "Failed to get item from estimate line item in LX.  Continuing...", "0x80004005"),
+        Line(kEstimateItemPrefix,
+             "Using empty item name element because failed to get item from estimate line item in LX.",
+             "0x80004005")}},
+      {{"IItem::GetType", 50, E_FAIL},
+       S_OK,
+       {},
+       {Line(kEstimateItemPrefix, "Failed to get type from item in LX while building estimate item.  Continuing...",
+             "0x80004005")}},
+      {{"IItem::GetName", 50, E_FAIL},
+       S_OK,
+       {{"<ItemName>Labor</ItemName>\n", "<ItemName></ItemName>\n"}},
+       {Line(kEstimateItemPrefix,
+             "Failed to get name from item in LX while building estimate item.  Using empty item name element.",
+             "0x80004005")}},
+      {{"IEstimateItemLineItem2", {}, E_NOINTERFACE},
+       E_NOINTERFACE,
+       {},
+       {Line(kEstimateItemPrefix, "Failed to get estimate line item(2) from LX.", "0x80004002")},
+       "<EstimateItem>\n"},
+      {{"IEstimateItemLineItem2::GetIsEndOfGroup", 400, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kEstimateItemPrefix, "Failed to get is end of group from estimate line item(2) in LX.", "0x80004005")},
+       "<EstimateItem>\n"},
+      {{"IEstimateItemLineItem2::GetIsPrintable", 400, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kEstimateItemPrefix, "Failed to get is printable from estimate line item(2) in LX.", "0x80004005")},
+       "<EstimateItem>\n"},
+      {{"IEstimateItemLineItem2::GetQuantity", 400, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kEstimateItemPrefix, "Failed to get quantity from estimate line item(2) in LX.", "0x80004005")},
+       "<EstimateItem>\n"},
+      {{"IEstimateItemLineItem::GetDescription", 400, E_FAIL},
+       S_OK,
+       {{"<ItemDesc>Crew day</ItemDesc>\n", ""}},
+       {Line(kEstimateLinePrefix, "Failed to get item description from estimate line item in LX." + skipped,
+             "0x80004005")}},
+      {{"IEstimateItemLineItem::GetIsAmountZero", 400, E_FAIL},
+       S_OK,
+       {},
+       {Line(kEstimateLinePrefix, "Failed determining if line amount is zero in LX.  Continuing...", "0x80004005")}},
+      {{"IEstimateItemLineItem::GetIsQuantityBlank", 400, E_FAIL},
+       S_OK,
+       {},
+       {Line(kEstimateLinePrefix, "Failed determining if quantity is blank in LX.  Continuing...", "0x80004005")}},
+      {{"IEstimateItemLineItem::GetUnitPrice", 400, E_FAIL},
+       S_OK,
+       {{"<Rate>40.00</Rate>\n", ""}},
+       {Line(kEstimateLinePrefix, "Failed to get unit price from estimate line item in LX." + skipped,
+             "0x80004005")}},
+      {{"IEstimateItemLineItem::GetAmount", 400, E_FAIL},
+       S_OK,
+       {{"<Amount>150.00</Amount>\n", ""}},
+       {Line(kEstimateLinePrefix, "Failed to get amount from estimate line item in LX." + skipped, "0x80004005")}},
+      {{"IEstimateItemLineItem::GetClass", 400, E_FAIL},
+       S_OK,
+       {{"<ClassName></ClassName>\n", ""}},
+       {Line(kEstimateLinePrefix, "Failed to get class from estimate line item in LX." + skipped, "0x80004005")}},
+      {{"IEstimateItemLineItem::GetOther1", 400, E_FAIL},
+       S_OK,
+       {{"<Other1></Other1>\n", ""}},
+       {Line(kEstimateLinePrefix, "Failed to get other 1 from estimate line item in LX." + skipped, "0x80004005")}},
+      {{"IEstimateItemLineItem::GetOther2", 400, E_FAIL},
+       S_OK,
+       {{"<Other2></Other2>\n", ""}},
+       {Line(kEstimateLinePrefix, "Failed to get other 2 from estimate line item in LX." + skipped, "0x80004005")}},
+      {{"IEstimateItemLineItem::GetIsTaxable", 400, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kEstimateLinePrefix, "Failed to get is taxable from estimate line item in LX.", "0x80004005")},
+       "<IsTaxable>N</IsTaxable>\n"},
+      {{"IEstimateItemLineItem::GetPaid", 400, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kEstimateLinePrefix, "Failed to get paid from estimate line item in LX.", "0x80004005")},
+       "<Paid>N</Paid>\n"},
+      {{"IEstimateItemLineItem::GetOpenBalance", 400, E_FAIL},
+       S_OK,
+       {},
+       {Line(kEstimateLinePrefix, "Failed to get open balance from estimate line item in LX." + skipped,
+             "0x80004005")}},
+      {{"IEstimateItemLineItem::GetMarkup", 400, E_FAIL},
+       S_OK,
+       {{"<MarkupLineItem>30.00</MarkupLineItem>\n", ""}},
+       {Line(kEstimateLinePrefix, "Failed to get markup from estimate line item in LX." + skipped, "0x80004005")}},
+      {{"IEstimateItemLineItem::GetNominalTotal", 400, E_FAIL},
+       S_OK,
+       {{"<NominalLineItem>120.4</NominalLineItem>\n", ""}},
+       {Line(kEstimateLinePrefix, "Failed to get nominal total from estimate line item in LX." + skipped,
+             "0x80004005")}},
+      {{"IAmount2::GetDouble", 400, E_FAIL},
+       S_OK,
+       {{"<NominalLineItem>120.4</NominalLineItem>\n", ""}},
+       {Line(kEstimateLinePrefix, "Failed to get double from amount in LX when getting nominal line item." + skipped,
+             "0x80004005")}},
+      {{"IEstimateItemLineItem::GetCustomField", 400, E_FAIL},
+       S_OK,
+       {{"<CustomFieldData>\n<Index>0</Index>\n<Data>x</Data>\n</CustomFieldData>\n", ""}},
+       {Line(kEstimateLinePrefix, "Failed to get custom field from estimate line item in LX." + skipped,
+             "0x80004005")}},
+  };
+  for (const LineCase& c : cases) {
+    SCOPED_TRACE(c.fault.operation);
+    StartCase();
+    Inject(c.fault);
+    const std::string text = WriteEstimateLine(0, TRUE, c.status);
+    EXPECT_EQ(c.stopsAt ? UpTo(kCrewDayLine, c.stopsAt) : Edited(kCrewDayLine, c.edits), text);
+    EXPECT_EQ(c.log, LogEntries());
+  }
+}
+
+TEST_F(LineWritersTest, EstimateAmountsThatCannotBeWrittenAreLeftOut) {
+  Inject({"IAmount::GetText", 400, E_FAIL});
+  EXPECT_EQ(Edited(kCrewDayLine, {{"<Quantity>3.00</Quantity>\n", ""},
+                                  {"<Rate>40.00</Rate>\n", ""},
+                                  {"<Amount>150.00</Amount>\n", ""},
+                                  {"<MarkupLineItem>30.00</MarkupLineItem>\n", ""}}),
+            WriteEstimateLine(0, TRUE, S_OK));
+  std::vector<std::string> expected;
+  // The empty open balance is no exception: its text cannot be read either.
+  for (const char* what : {"quantity", "rate", "amount", "balance open", "markup line item"})
+    expected.push_back(Line(kEstimateLinePrefix,
+                            std::string("Failed converting amount to XML for ") + what +
+                                ".  Skipping this optional element.",
+                            "0x80004005"));
+  EXPECT_EQ(expected, LogEntries());
+}
+
+// ---- Sales-tax line rule ---------------------------------------------------------------------
+
+TEST_F(LineWritersTest, SalesTaxLineOnlyForATaxableCustomerAndATemplateThatPrintsItAsALine) {
+  EXPECT_EQ(kInvoiceTaxLine, (WriteTaxLine<CInvoiceDetailBuilder>(Invoice(300), 300, VARIANT_TRUE, S_OK)));
+  EXPECT_EQ("", (WriteTaxLine<CInvoiceDetailBuilder>(Invoice(300), 300, VARIANT_FALSE, S_FALSE)));
+  EXPECT_EQ("", (WriteTaxLine<CInvoiceDetailBuilder>(Invoice(301), 301, VARIANT_TRUE, S_FALSE)));
+  EXPECT_EQ(Edited(kInvoiceTaxLine, {{"<InvoiceItem>\n", "<EstimateItem>\n"},
+                                     {"<Rate>5.00</Rate>\n", "<Rate>7.25</Rate>\n"},
+                                     {"</InvoiceItem>\n", "</EstimateItem>\n"}}),
+            (WriteTaxLine<CEstimateDetailBuilder>(Estimate(400), 400, VARIANT_TRUE, S_OK)));
+  EXPECT_EQ("", (WriteTaxLine<CEstimateDetailBuilder>(Estimate(401), 401, VARIANT_TRUE, S_FALSE)));
+  EXPECT_TRUE(LogEntries().empty());
+}
+
+TEST_F(LineWritersTest, SalesTaxLineWithoutSalesTaxItem) {
+  // Estimate 402 has no sales tax item: the host gives the empty item, record number 0.
+  EXPECT_EQ("", (WriteTaxLine<CEstimateDetailBuilder>(Estimate(402), 402, VARIANT_TRUE, S_FALSE)));
+  EXPECT_TRUE(LogEntries().empty());
+  XMLBuilder builder(0, 4096);
+  try {
+    CInvoiceDetailBuilder(CompanyFile().Get(), 300).MaybeAddSalesTaxLineItem(1, nullptr, nullptr, VARIANT_TRUE, builder);
+    ADD_FAILURE() << "no error raised";
+  } catch (const ComError& error) {
+    EXPECT_EQ(E_POINTER, error.Error());
+  }
+}
+
+TEST_F(LineWritersTest, SalesTaxLineFailures) {
+  const LineCase cases[] = {
+      {{"IItem::GetRecNum", 60, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceTaxPrefix, "Failed to get record number from sales tax item in LX while building invoice detail.",
+             "0x80004005")}},
+      {{"IInvoice::GetCustomStyle", 300, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceTaxPrefix, "Failed to get custom style from invoice in LX.", "0x80004005")}},
+      {{"IStyle::GetFields", 1, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceTaxPrefix, "Failed to get fields from style in LX while building invoice detail.",
+             "0x80004005")}},
+      {{"IStyleFields::GetCount", 1, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceTaxPrefix, "Failed to get count from style fields list in LX while building invoice detail.",
+             "0x80004005")}},
+      {{"IStyleFields::GetItem", 1, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceTaxPrefix, "Failed to get ID from style field in LX while building invoice detail.",
+             "0x80004005")}},
+      {{"IStyleField::GetID", 1, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceTaxPrefix, "Failed to get ID from style field in LX while building invoice detail.",
+             "0x80004005")}},
+      {{"IStyleField::GetOnPrint", 1, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceTaxPrefix, "Failed to get on print from style field in LX while building invoice detail.",
+             "0x80004005")}},
+      {{"IItem::GetName", 60, E_FAIL},
+       E_FAIL,
+       {},
+       {Line(kInvoiceTaxPrefix,
+             "Failed to get name from sales tax item in LX while building invoice's sales tax line item.",
+             "0x80004005")}},
+      {{"IItem::GetLongDescription", 60, E_FAIL},
+       S_OK,
+       {{"<ItemDesc>State sales tax &lt;5%&gt;</ItemDesc>\n", ""}},
+       {Line(kInvoiceTaxPrefix,
+             "Failed to get long description from sales tax item in LX while building invoice's sales tax line "
+             "item.  Skipping this optional element.",
+             "0x80004005")}},
+      {{"IAmount::GetText", 300, E_FAIL},
+       S_OK,
+       {{"<Rate>5.00</Rate>\n", ""}},
+       {Line(kInvoiceTaxPrefix,
+             "Failed converting amount to XML for rate while building invoice's sales tax line item.  Skipping this "
+             "optional element.",
+             "0x80004005")}},
+  };
+  for (const LineCase& c : cases) {
+    SCOPED_TRACE(c.fault.operation);
+    StartCase();
+    const IInvoicePtr invoice = Invoice(300);
+    Inject(c.fault);
+    const std::string text = WriteTaxLine<CInvoiceDetailBuilder>(invoice, 300, VARIANT_TRUE, c.status);
+    EXPECT_EQ(SUCCEEDED(c.status) ? Edited(kInvoiceTaxLine, c.edits) : "", text);
+    EXPECT_EQ(c.log, LogEntries());
+  }
+}
+
+TEST_F(LineWritersTest, EstimateSalesTaxLineFailuresSpeakOfTheEstimate) {
+  StartCase();
+  const IEstimatePtr estimate = Estimate(400);
+  Inject({"IEstimate::GetCustomStyle", 400, E_FAIL});
+  EXPECT_EQ("", WriteTaxLine<CEstimateDetailBuilder>(estimate, 400, VARIANT_TRUE, E_FAIL));
+  StartCase();
+  Inject({"IItem::GetLongDescription", 60, E_FAIL});
+  EXPECT_EQ(Edited(kInvoiceTaxLine, {{"<InvoiceItem>\n", "<EstimateItem>\n"},
+                                     {"<ItemDesc>State sales tax &lt;5%&gt;</ItemDesc>\n", ""},
+                                     {"<Rate>5.00</Rate>\n", "<Rate>7.25</Rate>\n"},
+                                     {"</InvoiceItem>\n", "</EstimateItem>\n"}}),
+            WriteTaxLine<CEstimateDetailBuilder>(estimate, 400, VARIANT_TRUE, S_OK));
+  EXPECT_EQ((std::vector<std::string>{
+                Line(kEstimateTaxPrefix,
+                     "Failed to get long description from sales tax item in LX while building estimate's sales tax "
+                     "line item.  Skipping this optional element.",
+                     "0x80004005")}),
+            LogEntries());
+}
+
+// ---- The estimate template's cost check ------------------------------------------------------
+
+TEST_F(LineWritersTest, CostShowsOnlyWhenTheTemplatePrintsRateAndMarkup) {
+  EXPECT_EQ(TRUE, ShowCost(400, S_OK));
+  EXPECT_EQ(FALSE, ShowCost(401, S_OK));
+  EXPECT_EQ(FALSE, ShowCost(402, S_OK));
+  EXPECT_TRUE(LogEntries().empty());
+}
+
+TEST_F(LineWritersTest, CostCheckFailures) {
+  struct CostCase {
+    LONG estimate;
+    HostFault fault;
+    std::string log;
+  };
+  const CostCase cases[] = {
+      {400, {"IEstimate::GetCustomStyle", 400, E_FAIL}, "Failed to get custom style from estimate in LX."},
+      {400, {"IStyle::GetTable", 1, E_FAIL}, "Failed to get table from style in LX."},
+      {400, {"IStyleTable::GetColumns", 1, E_FAIL}, "Failed to get columns from style table in LX."},
+      {400, {"IStyleColumns::GetCount", 1, E_FAIL}, "Failed to get count from style columns list in LX."},
+      {400, {"IStyleColumn::GetID", 1, E_FAIL},
+       "Failed get ID from style column in LX while building estimate detail."},
+      {400, {"IStyleColumn::GetOnPrint", 1, E_FAIL},
+       "Failed to get on print from style rate column in LX while building estimate detail."},
+      {401, {"IStyleColumn::GetOnPrint", 2, E_FAIL},
+       "Failed to get on print from style markup column in LX while building estimate detail."},
+  };
+  for (const CostCase& c : cases) {
+    SCOPED_TRACE(c.fault.operation);
+    StartCase();
+    Inject(c.fault);
+    EXPECT_EQ(FALSE, ShowCost(c.estimate, E_FAIL));
+    EXPECT_EQ(std::vector<std::string>{Line(kCostPrefix, c.log, "0x80004005")}, LogEntries());
+  }
+}
+
+TEST_F(LineWritersTest, CostCheckOfAnUnknownEstimate) {
+  Faults().MakeAbsent(refhost::ListKind::Estimates, 400);
+  EXPECT_EQ(FALSE, ShowCost(400, LX_E_NOTFOUND));
+  EXPECT_EQ(std::vector<std::string>{Line("Parcelon:CEstimateDetailBuilder::InitEstimatePtr(void): ",
+                                          "Failed to get item from estimates in LX.", "0x80041a00")},
+            LogEntries());
+  EXPECT_EQ(E_POINTER, CEstimateDetailBuilder(CompanyFile().Get(), 400).CheckTemplateForHowToHandleCost(nullptr));
+}
+
+}  // namespace
+}  // namespace parcelon::test

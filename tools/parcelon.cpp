@@ -1,0 +1,136 @@
+// parcelon: plays the host's network adapter. `build` opens a company, adds the forms named on the
+// command line, drives a send session pass by pass in the adapter's calling order, and prints
+// what every pass would send (a dry run: no network, the gateway's answers are simulated).
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "component/ClassObjects.h"
+#include "refhost/ReferenceHost.h"
+#include "tools/SendDriver.h"
+
+namespace {
+
+constexpr char kUsage[] =
+    "usage: parcelon build --company FIXTURE.json [--store STORE.db] [--ticket T] [--authid A]\n"
+    "                      --form TYPE:RECNUM [form options] [--form ... [form options]]...\n"
+    "  TYPE is invoice, estimate, statement or other; form options apply to the last --form:\n"
+    "  --send email|fax|paper|none|delete|void|pending   --to --cc --bcc --from --reply-to\n"
+    "  --subject --text --pdf FILE   --fax-to NUMBER   --post   --synch-multiple\n";
+
+using parcelon::tools::FormSpec;
+
+struct Options {
+  std::string company, store;
+  parcelon::tools::SendSpec send;
+};
+
+[[noreturn]] void Fail(const std::string& message) {
+  std::fprintf(stderr, "parcelon: %s\n%s", message.c_str(), kUsage);
+  std::exit(2);
+}
+
+bool Lookup(const char* text, const std::vector<std::pair<const char*, int>>& table, int& out) {
+  for (const auto& [name, value] : table)
+    if (std::strcmp(text, name) == 0) return out = value, true;
+  return false;
+}
+
+FormSpec ParseForm(const std::string& text) {
+  const size_t colon = text.find(':');
+  if (colon == std::string::npos) Fail("--form wants TYPE:RECNUM, got \"" + text + "\"");
+  int type;
+  if (!Lookup(text.substr(0, colon).c_str(),
+              {{"invoice", naftINVOICE}, {"estimate", naftESTIMATE}, {"statement", naftSTATEMENT}, {"other", naftNON_LX}},
+              type))
+    Fail("unknown form type in \"" + text + "\"");
+  char* end = nullptr;
+  const long recNum = std::strtol(text.c_str() + colon + 1, &end, 10);
+  if (*end != '\0' || recNum < 0 || recNum > INT32_MAX) Fail("bad record number in \"" + text + "\"");
+  FormSpec form;
+  form.type = NAFormType(type);
+  form.recNum = LONG(recNum);
+  return form;
+}
+
+Options ParseOptions(int argc, char** argv) {
+  Options options;
+  for (int i = 2; i < argc; ++i) {
+    const std::string option = argv[i];
+    auto value = [&]() -> std::string {
+      if (i + 1 >= argc) Fail(option + " needs a value");
+      return argv[++i];
+    };
+    auto form = [&]() -> FormSpec& {
+      if (options.send.forms.empty()) Fail(option + " must follow a --form");
+      return options.send.forms.back();
+    };
+    if (option == "--company") options.company = value();
+    else if (option == "--store") options.store = value();
+    else if (option == "--ticket") options.send.ticket = value();
+    else if (option == "--authid") options.send.authId = value();
+    else if (option == "--form") options.send.forms.push_back(ParseForm(value()));
+    else if (option == "--send") {
+      int send;
+      if (!Lookup(value().c_str(),
+                  {{"email", nastEMAIL}, {"fax", nastFAX}, {"paper", nastPAPER_MAIL}, {"none", nastNONE},
+                   {"delete", nastDELETE}, {"void", nastVOID}, {"pending", nastPENDING}},
+                  send))
+        Fail("unknown send method");
+      form().send = NASendType(send);
+    } else if (option == "--to") form().to = value();
+    else if (option == "--cc") form().cc = value();
+    else if (option == "--bcc") form().bcc = value();
+    else if (option == "--from") form().from = value();
+    else if (option == "--reply-to") form().replyTo = value();
+    else if (option == "--subject") form().subject = value();
+    else if (option == "--text") form().text = value();
+    else if (option == "--pdf") form().pdf = value();
+    else if (option == "--fax-to") form().faxTo = value();
+    else if (option == "--post") form().post = true;
+    else if (option == "--synch-multiple") form().synchMultiple = true;
+    else Fail("unknown option " + option);
+  }
+  if (options.company.empty() && options.store.empty()) Fail("name a --company fixture or a --store");
+  if (options.send.forms.empty()) Fail("name at least one --form");
+  return options;
+}
+
+int Build(const Options& options) {
+  HRESULT hr = S_OK;
+  std::string error;
+  std::unique_ptr<parcelon::refhost::ReferenceHost> host;
+#if PARCELON_HAVE_SQLITE
+  if (!options.store.empty()) {
+    if (!options.company.empty()) {
+      hr = parcelon::refhost::ReferenceHost::CreateStore(options.company, options.store, error);
+      if (FAILED(hr)) return std::fprintf(stderr, "parcelon: %s\n", error.c_str()), 1;
+    }
+    host = parcelon::refhost::ReferenceHost::FromStore(options.store, hr, error);
+  } else
+#endif
+  {
+    host = parcelon::refhost::ReferenceHost::FromFixture(options.company, hr, error);
+  }
+  if (!host) return std::fprintf(stderr, "parcelon: %s\n", error.c_str()), 1;
+  if (FAILED(hr = host->Register())) return std::fprintf(stderr, "parcelon: registering the host failed\n"), 1;
+  parcelon::ClassObjectRegistration classes;
+  if (FAILED(classes.Result())) return std::fprintf(stderr, "parcelon: registering the component failed\n"), 1;
+  std::string transcript;
+  hr = parcelon::tools::RunSend(options.send, transcript);
+  std::fputs(transcript.c_str(), stdout);
+  return FAILED(hr) ? 1 : 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2 || std::strcmp(argv[1], "build") != 0) Fail(argc < 2 ? "name a command" : "unknown command");
+#ifdef _WIN32
+  CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+#endif
+  return Build(ParseOptions(argc, argv));
+}
