@@ -153,6 +153,9 @@ bool WideToAnsi(const OLECHAR* text, size_t length, std::string& out) {
   return true;
 }
 
+// From this size on, the text outgrows the caches and is written with streaming stores.
+constexpr size_t kStreamingBytes = size_t(1) << 20;
+
 HRESULT AnsiToBstr(const char* bytes, size_t count, BSTR* out) {
   *out = nullptr;
   if (count == 0) return S_OK;
@@ -162,21 +165,31 @@ HRESULT AnsiToBstr(const char* bytes, size_t count, BSTR* out) {
   const auto* src = reinterpret_cast<const unsigned char*>(bytes);
   char16_t* dst = result;
   size_t i = 0;
+  const char16_t* table = Table().toWide;
 #if defined(__SSE2__)
-  // Sixteen ASCII bytes at a time: widening with zero is the whole conversion.
+  // Sixteen ASCII bytes at a time: widening with zero is the whole conversion. A large document
+  // is written with streaming stores, which do not first read the destination into the cache.
+  const bool streaming = count >= kStreamingBytes;
+  if (streaming)
+    for (; i < count && (reinterpret_cast<uintptr_t>(dst + i) & 15) != 0; ++i) dst[i] = table[src[i]];
   const __m128i zero = _mm_setzero_si128();
   for (; i + 16 <= count; i += 16) {
     const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i));
     if (_mm_movemask_epi8(chunk) != 0) {
-      const char16_t* table = Table().toWide;
       for (size_t j = i; j < i + 16; ++j) dst[j] = table[src[j]];
       continue;
     }
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i), _mm_unpacklo_epi8(chunk, zero));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i + 8), _mm_unpackhi_epi8(chunk, zero));
+    auto* to = reinterpret_cast<__m128i*>(dst + i);
+    if (streaming) {
+      _mm_stream_si128(to, _mm_unpacklo_epi8(chunk, zero));
+      _mm_stream_si128(to + 1, _mm_unpackhi_epi8(chunk, zero));
+    } else {
+      _mm_storeu_si128(to, _mm_unpacklo_epi8(chunk, zero));
+      _mm_storeu_si128(to + 1, _mm_unpackhi_epi8(chunk, zero));
+    }
   }
+  if (streaming) _mm_sfence();
 #endif
-  const char16_t* table = Table().toWide;
   for (; i < count; ++i) dst[i] = table[src[i]];
   *out = result;
   return S_OK;

@@ -2,6 +2,7 @@
 // WideCharToMultiByte on Windows, held to the same expectations.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <string>
@@ -166,6 +167,33 @@ TEST_F(CodePage, CountBeyondABstrIsRefused) {
   const char one = 'x';
   EXPECT_EQ(AnsiToBstr(&one, size_t(INT_MAX) + 1, &out), E_INVALIDARG);
   EXPECT_EQ(out, nullptr);
+}
+
+}  // namespace
+
+namespace {
+
+// A large document is converted with streaming stores from an aligned start; whatever the
+// alignment and wherever the non-ASCII bytes fall, it must read as the same text converted in
+// small pieces.
+TEST(CodePageLarge, LargeTextReadsAsItsSmallPiecesDo) {
+  std::string text(3 * 1024 * 1024 + 37, 'a');
+  for (size_t i = 0; i < text.size(); ++i) text[i] = char(0x20 + (i * 7) % 95);
+  for (size_t i = 5; i < text.size(); i += 4099) text[i] = char(0x80 + i % 128);  // in some blocks only
+  for (size_t offset : {size_t(0), size_t(1), size_t(3)}) {
+    BSTR whole = nullptr;
+    ASSERT_EQ(S_OK, parcelon::AnsiToBstr(text.data() + offset, text.size() - offset, &whole));
+    const Bstr owned = Bstr::Attach(whole);
+    ASSERT_EQ(owned.Length(), text.size() - offset);
+    for (size_t at = offset; at < text.size(); at += 1000) {
+      const size_t piece = std::min<size_t>(1000, text.size() - at);
+      BSTR small = nullptr;
+      ASSERT_EQ(S_OK, parcelon::AnsiToBstr(text.data() + at, piece, &small));
+      const Bstr smallOwned = Bstr::Attach(small);
+      ASSERT_EQ(0, std::char_traits<OLECHAR>::compare(owned.Get() + (at - offset), smallOwned.Get(), piece))
+          << "at " << at << " offset " << offset;
+    }
+  }
 }
 
 }  // namespace
