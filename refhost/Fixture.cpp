@@ -551,6 +551,10 @@ class Loader {
   // Reads the records of the array `section` into `list`: the common fields, then `fill`.
   template <class Record, class Fill>
   void LoadList(RecordList<Record>& list, const char* section, Fill&& fill) {
+    // Room for the whole section at once: growing a large list record by record would move every
+    // record several times.
+    if (const json* records = Section(section); records && records->is_array())
+      list.Reserve(list.Size() + records->size());
     root_.ForEach(section, [&](FixtureReader& r) {
       Record record;
       ReadListRecord(r, record);
