@@ -175,6 +175,12 @@ class FormRequestTest : public FormsTest {
     Set(form, &INA_Form2::put_StatementAmountDue, "1,234.50");
   }
 
+  // The request of kind `rq` that carries `body`, with its trnUID as "*".
+  static std::string Envelope(const std::string& rq, const std::string& body) {
+    return "<LXNParcelonMsgsRq version=\"1\">\n<" + rq + " trnUID=\"*\">\n<AuthID>AUTH-7</AuthID>\n" +
+           "<CompanyUID>UID-42</CompanyUID>\n" + body + "</" + rq + ">\n</LXNParcelonMsgsRq>\n";
+  }
+
   // The request of `form`, with its trnUIDs as "*".
   std::string Request(const INA_Form7Ptr& form, HRESULT expected = S_OK) {
     BSTR xml = nullptr;
@@ -186,14 +192,8 @@ class FormRequestTest : public FormsTest {
 // ---- E-mail ------------------------------------------------------------------------------------
 
 TEST_F(FormRequestTest, EMailedInvoiceWithoutCopiesOrReplyAddress) {
-  EXPECT_EQ(std::string("<LXNParcelonMsgsRq version=\"1\">\n"
-                        "<InvoiceEMailRq trnUID=\"*\">\n"
-                        "<AuthID>AUTH-7</AuthID>\n"
-                        "<CompanyUID>UID-42</CompanyUID>\n") +
-                kEMailData + kInvoiceForm + kServiceStatus + kAttachments +
-                "<BatchSend>N</BatchSend>\n"
-                "</InvoiceEMailRq>\n"
-                "</LXNParcelonMsgsRq>\n",
+  EXPECT_EQ(Envelope("InvoiceEMailRq",
+                     kEMailData + kInvoiceForm + kServiceStatus + kAttachments + "<BatchSend>N</BatchSend>\n"),
             Request(Form(naftINVOICE, nastEMAIL, 100)));
   EXPECT_TRUE(LogEntries().empty());
 }
@@ -207,34 +207,28 @@ TEST_F(FormRequestTest, EMailedInvoiceWithCopiesReplyAddressAndBatch) {
   Set(form, &INA_Form::put_Post, true);
   Set(form, &INA_Form5::put_BatchSend, true);
   Set(form, &INA_Form5::put_RemoveAfterSend, true);
-  EXPECT_EQ(std::string("<LXNParcelonMsgsRq version=\"1\">\n"
-                        "<InvoiceEMailRq trnUID=\"*\">\n"
-                        "<AuthID>AUTH-7</AuthID>\n"
-                        "<CompanyUID>UID-42</CompanyUID>\n"
-                        "<EMailData>\n"
-                        "<EMailFrom>billing@acme.test</EMailFrom>\n"
-                        "<EMailTo>bob@barn.test</EMailTo>\n"
-                        "<EMailCc>acct@barn.test</EMailCc>\n"
-                        "<EMailBcc>&lt;archive&gt;@acme.test</EMailBcc>\n"
-                        "<EMailReplyTo>ar@acme.test</EMailReplyTo>\n"
-                        "<EMailSubject>Invoice INV-1 &amp; more</EMailSubject>\n"
-                        "<EMailText>Dear Bob,\nplease find attached.</EMailText>\n"
-                        "<AllowPayment>N</AllowPayment>\n"
-                        "<AllowPosting>Y</AllowPosting>\n"
-                        "</EMailData>\n") +
-                kInvoiceForm + kServiceStatus +
-                "<Attachments>\n"
-                "<MsgID>MSG-0001</MsgID>\n"
-                "<AttachmentInfo>\n"
-                "<FileName>inv 1.pdf</FileName>\n"
-                "<FormType>Invoice</FormType>\n"
-                "<DocType>pdf</DocType>\n"
-                "<RemoveOnSend>Y</RemoveOnSend>\n"
-                "</AttachmentInfo>\n"
-                "</Attachments>\n"
-                "<BatchSend>Y</BatchSend>\n"
-                "</InvoiceEMailRq>\n"
-                "</LXNParcelonMsgsRq>\n",
+  EXPECT_EQ(Envelope("InvoiceEMailRq", std::string("<EMailData>\n"
+                                                   "<EMailFrom>billing@acme.test</EMailFrom>\n"
+                                                   "<EMailTo>bob@barn.test</EMailTo>\n"
+                                                   "<EMailCc>acct@barn.test</EMailCc>\n"
+                                                   "<EMailBcc>&lt;archive&gt;@acme.test</EMailBcc>\n"
+                                                   "<EMailReplyTo>ar@acme.test</EMailReplyTo>\n"
+                                                   "<EMailSubject>Invoice INV-1 &amp; more</EMailSubject>\n"
+                                                   "<EMailText>Dear Bob,\nplease find attached.</EMailText>\n"
+                                                   "<AllowPayment>N</AllowPayment>\n"
+                                                   "<AllowPosting>Y</AllowPosting>\n"
+                                                   "</EMailData>\n") +
+                                           kInvoiceForm + kServiceStatus +
+                                           "<Attachments>\n"
+                                           "<MsgID>MSG-0001</MsgID>\n"
+                                           "<AttachmentInfo>\n"
+                                           "<FileName>inv 1.pdf</FileName>\n"
+                                           "<FormType>Invoice</FormType>\n"
+                                           "<DocType>pdf</DocType>\n"
+                                           "<RemoveOnSend>Y</RemoveOnSend>\n"
+                                           "</AttachmentInfo>\n"
+                                           "</Attachments>\n"
+                                           "<BatchSend>Y</BatchSend>\n"),
             Request(form));
 }
 
@@ -244,22 +238,15 @@ TEST_F(FormRequestTest, UnsetAddressesAndTextsAreWrittenEmpty) {
   ASSERT_EQ(S_OK, form->put_SendMethod(nastEMAIL));
   ASSERT_EQ(S_OK, form->put_TransactionRecordNumber(100));
   // Nor is there an attachment to describe.
-  EXPECT_EQ(std::string("<LXNParcelonMsgsRq version=\"1\">\n"
-                        "<InvoiceEMailRq trnUID=\"*\">\n"
-                        "<AuthID>AUTH-7</AuthID>\n"
-                        "<CompanyUID>UID-42</CompanyUID>\n"
-                        "<EMailData>\n"
-                        "<EMailFrom></EMailFrom>\n"
-                        "<EMailTo></EMailTo>\n"
-                        "<EMailSubject></EMailSubject>\n"
-                        "<EMailText></EMailText>\n"
-                        "<AllowPayment>N</AllowPayment>\n"
-                        "<AllowPosting>N</AllowPosting>\n"
-                        "</EMailData>\n") +
-                kInvoiceForm + kServiceStatus +
-                "<BatchSend>N</BatchSend>\n"
-                "</InvoiceEMailRq>\n"
-                "</LXNParcelonMsgsRq>\n",
+  EXPECT_EQ(Envelope("InvoiceEMailRq", std::string("<EMailData>\n"
+                                                   "<EMailFrom></EMailFrom>\n"
+                                                   "<EMailTo></EMailTo>\n"
+                                                   "<EMailSubject></EMailSubject>\n"
+                                                   "<EMailText></EMailText>\n"
+                                                   "<AllowPayment>N</AllowPayment>\n"
+                                                   "<AllowPosting>N</AllowPosting>\n"
+                                                   "</EMailData>\n") +
+                                           kInvoiceForm + kServiceStatus + "<BatchSend>N</BatchSend>\n"),
             Request(form));
 }
 
@@ -287,23 +274,11 @@ TEST_F(FormRequestTest, EMailedEstimateAndStatement) {
       "<Attachments>\n<MsgID>MSG-0001</MsgID>\n<AttachmentInfo>\n<FileName>inv 1.pdf</FileName>\n"
       "<FormType>Statement</FormType>\n<DocType>pdf</DocType>\n<RemoveOnSend>N</RemoveOnSend>\n"
       "</AttachmentInfo>\n</Attachments>\n";
-  EXPECT_EQ(std::string("<LXNParcelonMsgsRq version=\"1\">\n"
-                        "<EstimateEMailRq trnUID=\"*\">\n"
-                        "<AuthID>AUTH-7</AuthID>\n"
-                        "<CompanyUID>UID-42</CompanyUID>\n") +
-                kEMailData + kEstimateForm + kServiceStatus + estimateAttachments +
-                "<BatchSend>N</BatchSend>\n"
-                "</EstimateEMailRq>\n"
-                "</LXNParcelonMsgsRq>\n",
+  EXPECT_EQ(Envelope("EstimateEMailRq",
+                     kEMailData + kEstimateForm + kServiceStatus + estimateAttachments + "<BatchSend>N</BatchSend>\n"),
             Request(Form(naftESTIMATE, nastEMAIL, 200)));
-  EXPECT_EQ(std::string("<LXNParcelonMsgsRq version=\"1\">\n"
-                        "<StatementEMailRq trnUID=\"*\">\n"
-                        "<AuthID>AUTH-7</AuthID>\n"
-                        "<CompanyUID>UID-42</CompanyUID>\n") +
-                kEMailData + kStatementForm + kServiceStatus + statementAttachments +
-                "<BatchSend>N</BatchSend>\n"
-                "</StatementEMailRq>\n"
-                "</LXNParcelonMsgsRq>\n",
+  EXPECT_EQ(Envelope("StatementEMailRq", kEMailData + kStatementForm + kServiceStatus + statementAttachments +
+                                             "<BatchSend>N</BatchSend>\n"),
             Request(statement));
   EXPECT_TRUE(LogEntries().empty());
 }
@@ -319,26 +294,20 @@ TEST_F(FormRequestTest, FaxedInvoiceHasSenderRecipientAndNoteButNoStatusOrAttach
   Set(form, &INA_Form::put_Fax_ToCompanyName, "Bob's Barn");
   Set(form, &INA_Form::put_Fax_ToRecipientName, "Bob");
   Set(form, &INA_Form::put_Fax_ToFaxNumber, "555-0199");
-  EXPECT_EQ(std::string("<LXNParcelonMsgsRq version=\"1\">\n"
-                        "<InvoiceFaxRq trnUID=\"*\">\n"
-                        "<AuthID>AUTH-7</AuthID>\n"
-                        "<CompanyUID>UID-42</CompanyUID>\n"
-                        "<FaxData>\n"
-                        "<SenderInfo>\n"
-                        "<CompanyName>Acme &amp; Sons</CompanyName>\n"
-                        "<Fax>555-0101</Fax>\n"
-                        "<Phone>555-0100</Phone>\n"
-                        "</SenderInfo>\n"
-                        "<RecipientInfo>\n"
-                        "<CompanyName>Bob&apos;s Barn</CompanyName>\n"
-                        "<Name>Bob</Name>\n"
-                        "<Fax>555-0199</Fax>\n"
-                        "</RecipientInfo>\n"
-                        "<Note>Dear Bob,\nplease find attached.</Note>\n"
-                        "</FaxData>\n") +
-                kInvoiceForm +
-                "</InvoiceFaxRq>\n"
-                "</LXNParcelonMsgsRq>\n",
+  EXPECT_EQ(Envelope("InvoiceFaxRq", std::string("<FaxData>\n"
+                                                 "<SenderInfo>\n"
+                                                 "<CompanyName>Acme &amp; Sons</CompanyName>\n"
+                                                 "<Fax>555-0101</Fax>\n"
+                                                 "<Phone>555-0100</Phone>\n"
+                                                 "</SenderInfo>\n"
+                                                 "<RecipientInfo>\n"
+                                                 "<CompanyName>Bob&apos;s Barn</CompanyName>\n"
+                                                 "<Name>Bob</Name>\n"
+                                                 "<Fax>555-0199</Fax>\n"
+                                                 "</RecipientInfo>\n"
+                                                 "<Note>Dear Bob,\nplease find attached.</Note>\n"
+                                                 "</FaxData>\n") +
+                                         kInvoiceForm),
             Request(form));
 }
 
@@ -346,39 +315,27 @@ TEST_F(FormRequestTest, FaxedEstimateAndStatementWithTheLeastFaxData) {
   const INA_Form7Ptr estimate = Form(naftESTIMATE, nastFAX, 200);
   Set(estimate, &INA_Form::put_Text, "");
   Set(estimate, &INA_Form::put_Fax_FromFaxNumber, "555-0101");
-  EXPECT_EQ(std::string("<LXNParcelonMsgsRq version=\"1\">\n"
-                        "<EstimateFaxRq trnUID=\"*\">\n"
-                        "<AuthID>AUTH-7</AuthID>\n"
-                        "<CompanyUID>UID-42</CompanyUID>\n"
-                        "<FaxData>\n"
-                        "<SenderInfo>\n"
-                        "<Fax>555-0101</Fax>\n"
-                        "</SenderInfo>\n"
-                        "<RecipientInfo>\n"
-                        "<Fax></Fax>\n"
-                        "</RecipientInfo>\n"
-                        "</FaxData>\n") +
-                kEstimateForm +
-                "</EstimateFaxRq>\n"
-                "</LXNParcelonMsgsRq>\n",
+  EXPECT_EQ(Envelope("EstimateFaxRq", std::string("<FaxData>\n"
+                                                  "<SenderInfo>\n"
+                                                  "<Fax>555-0101</Fax>\n"
+                                                  "</SenderInfo>\n"
+                                                  "<RecipientInfo>\n"
+                                                  "<Fax></Fax>\n"
+                                                  "</RecipientInfo>\n"
+                                                  "</FaxData>\n") +
+                                          kEstimateForm),
             Request(estimate));
 
   const INA_Form7Ptr statement = Form(naftSTATEMENT, nastFAX, 0);
   SetStatement(statement);
   Set(statement, &INA_Form::put_Text, "");
   Set(statement, &INA_Form::put_Fax_ToFaxNumber, "555-0199");
-  EXPECT_EQ(std::string("<LXNParcelonMsgsRq version=\"1\">\n"
-                        "<StatementFaxRq trnUID=\"*\">\n"
-                        "<AuthID>AUTH-7</AuthID>\n"
-                        "<CompanyUID>UID-42</CompanyUID>\n"
-                        "<FaxData>\n"
-                        "<RecipientInfo>\n"
-                        "<Fax>555-0199</Fax>\n"
-                        "</RecipientInfo>\n"
-                        "</FaxData>\n") +
-                kStatementForm +
-                "</StatementFaxRq>\n"
-                "</LXNParcelonMsgsRq>\n",
+  EXPECT_EQ(Envelope("StatementFaxRq", std::string("<FaxData>\n"
+                                                   "<RecipientInfo>\n"
+                                                   "<Fax>555-0199</Fax>\n"
+                                                   "</RecipientInfo>\n"
+                                                   "</FaxData>\n") +
+                                           kStatementForm),
             Request(statement));
 }
 
@@ -401,39 +358,33 @@ TEST_F(FormRequestTest, InvoiceByPaperMail) {
   Set(form, &INA_Form5::put_IsSample, true);
   Set(form, &INA_Form5::put_UseColor, false);
   Set(form, &INA_Form5::put_BatchSend, true);
-  EXPECT_EQ(std::string("<LXNParcelonMsgsRq version=\"1\">\n"
-                        "<InvoicePaperMailRq trnUID=\"*\">\n"
-                        "<AuthID>AUTH-7</AuthID>\n"
-                        "<CompanyUID>UID-42</CompanyUID>\n"
-                        "<PaperMailData>\n"
-                        "<PaperMailFrom>\n"
-                        "<Attention>Billing</Attention>\n"
-                        "<AddresseeName>Acme &amp; Sons</AddresseeName>\n"
-                        "<Addr1>1 Main St</Addr1>\n"
-                        "<Addr2>Suite 5</Addr2>\n"
-                        "<City>Springfield</City>\n"
-                        "<State>IL</State>\n"
-                        "<PostalCode>62701</PostalCode>\n"
-                        "<Country>USA</Country>\n"
-                        "</PaperMailFrom>\n"
-                        "<PaperMailTo>\n"
-                        "<AddresseeName>Bob&apos;s Barn</AddresseeName>\n"
-                        "<Addr1>9 Farm Rd</Addr1>\n"
-                        "<City>Dale</City>\n"
-                        "<State></State>\n"
-                        "<PostalCode></PostalCode>\n"
-                        "<Country></Country>\n"
-                        "</PaperMailTo>\n"
-                        "<CoverLetter>Thank you for your business.</CoverLetter>\n"
-                        "<AllowPayment>Y</AllowPayment>\n"
-                        "<AllowPosting>N</AllowPosting>\n"
-                        "</PaperMailData>\n") +
-                kInvoiceForm + kServiceStatus + kAttachments +
-                "<IsSample>Y</IsSample>\n"
-                "<UseColor>N</UseColor>\n"
-                "<BatchSend>Y</BatchSend>\n"
-                "</InvoicePaperMailRq>\n"
-                "</LXNParcelonMsgsRq>\n",
+  EXPECT_EQ(Envelope("InvoicePaperMailRq", std::string("<PaperMailData>\n"
+                                                       "<PaperMailFrom>\n"
+                                                       "<Attention>Billing</Attention>\n"
+                                                       "<AddresseeName>Acme &amp; Sons</AddresseeName>\n"
+                                                       "<Addr1>1 Main St</Addr1>\n"
+                                                       "<Addr2>Suite 5</Addr2>\n"
+                                                       "<City>Springfield</City>\n"
+                                                       "<State>IL</State>\n"
+                                                       "<PostalCode>62701</PostalCode>\n"
+                                                       "<Country>USA</Country>\n"
+                                                       "</PaperMailFrom>\n"
+                                                       "<PaperMailTo>\n"
+                                                       "<AddresseeName>Bob&apos;s Barn</AddresseeName>\n"
+                                                       "<Addr1>9 Farm Rd</Addr1>\n"
+                                                       "<City>Dale</City>\n"
+                                                       "<State></State>\n"
+                                                       "<PostalCode></PostalCode>\n"
+                                                       "<Country></Country>\n"
+                                                       "</PaperMailTo>\n"
+                                                       "<CoverLetter>Thank you for your business.</CoverLetter>\n"
+                                                       "<AllowPayment>Y</AllowPayment>\n"
+                                                       "<AllowPosting>N</AllowPosting>\n"
+                                                       "</PaperMailData>\n") +
+                                               kInvoiceForm + kServiceStatus + kAttachments +
+                                               "<IsSample>Y</IsSample>\n"
+                                               "<UseColor>N</UseColor>\n"
+                                               "<BatchSend>Y</BatchSend>\n"),
             Request(form));
 }
 
@@ -684,14 +635,7 @@ TEST_P(ServiceFailureTest, LeavesTheStatusOutAndGoesOn) {
     ASSERT_TRUE(Faults().MakeUnavailable(operation.substr(12)));
   else
     ASSERT_TRUE(Faults().Fail(operation, E_ACCESSDENIED));
-  EXPECT_EQ(std::string("<LXNParcelonMsgsRq version=\"1\">\n"
-                        "<InvoiceEMailRq trnUID=\"*\">\n"
-                        "<AuthID>AUTH-7</AuthID>\n"
-                        "<CompanyUID>UID-42</CompanyUID>\n") +
-                kEMailData + kInvoiceForm + kAttachments +
-                "<BatchSend>N</BatchSend>\n"
-                "</InvoiceEMailRq>\n"
-                "</LXNParcelonMsgsRq>\n",
+  EXPECT_EQ(Envelope("InvoiceEMailRq", kEMailData + kInvoiceForm + kAttachments + "<BatchSend>N</BatchSend>\n"),
             Request(Form(naftINVOICE, nastEMAIL, 100)));
   EXPECT_EQ(std::vector<std::string>{Entry(kServicesPrefix, GetParam().message, GetParam().hr)}, LogEntries());
 }
