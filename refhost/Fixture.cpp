@@ -1,5 +1,6 @@
-// Loading a company from a JSON fixture, section by section, with errors that name the file, the
-// JSON pointer and the field.
+// Loading a company from a JSON fixture: the records of the list, template and transaction
+// sections as the parser completes them, then the rest; errors name the file, the JSON pointer
+// and the field.
 #include "refhost/Fixture.h"
 
 #include <algorithm>
@@ -9,7 +10,9 @@
 #include <fstream>
 #include <limits>
 #include <new>
+#include <optional>
 #include <set>
+#include <type_traits>
 #include <utility>
 
 #include "host/HostModel.h"
@@ -151,7 +154,7 @@ std::string TypeName(const json& value) {
 
 // ---- FixtureReader --------------------------------------------------------------------------
 
-FixtureReader::FixtureReader(const FixtureContext& context, const json& object, std::string pointer)
+FixtureReader::FixtureReader(FixtureContext& context, const json& object, std::string pointer)
     : context_(context), object_(object), pointer_(std::move(pointer)) {
   if (!object_.is_object())
     FailAt(context_, pointer_, "expected an object, found " + TypeName(object_));
@@ -351,6 +354,17 @@ bool FixtureReader::ReadEnum(const char* field, LONG& out,
   Fail(field, "expected one of " + choices + " or its number");
 }
 
+bool FixtureReader::ReadCustomerReference(const char* field, RecNum& out, Company& company) {
+  if (!Read(field, out, 0)) return false;
+  if (out == 0) return true;
+  if (const Name* name = company.names.Find(out); !name)
+    context_.pendingReferences.push_back(
+        {pointer_, field, ListKind::Names, out, "a customer or job", true});
+  else if (!name->customer)
+    Fail(field, "expected a record number of a customer or job");
+  return true;
+}
+
 void FixtureReader::Finish() const {
   if (read_.size() == object_.size()) return;
   for (const auto& [key, value] : object_.items())
@@ -450,67 +464,307 @@ bool HasRecord(Company& company, ListKind list, RecNum recNum) {
   }
 }
 
-// Reads the sections of one fixture document into a company.
-class Loader {
- public:
-  Loader(FixtureContext& context, const json& document, Company& company)
-      : context_(context), root_(context, document, ""), document_(document), company_(company) {}
+// Line and column (from 1) of the byte at `offset`.
+std::pair<size_t, size_t> LineAndColumn(std::string_view text, size_t offset) {
+  offset = std::min(offset, text.size());
+  size_t line = 1, lineStart = 0;
+  for (size_t i = 0; i < offset; ++i)
+    if (text[i] == '\n') ++line, lineStart = i + 1;
+  return {line, offset - lineStart + 1};
+}
 
-  void Load() {
-    LoadCompanyInfo();
-    LoadHost();
-    LoadList(company_.terms, "terms", [&](FixtureReader& r, Term& term) {
-      r.ReadEnum("type", term.type, kTermTypes);
-      r.Read("stdDueDays", term.stdDueDays, 0);
-      r.Read("stdDiscountDays", term.stdDiscountDays, 0);
-      r.Read("dayOfMonthDue", term.dayOfMonthDue, 0, 31);
-      r.Read("discountDayOfMonth", term.discountDayOfMonth, 0, 31);
-      r.Read("discountPct", term.discountPct);
-      r.Read("minDays", term.minDays, 0);
-      term.discountEmpty = term.discountPct.empty;
-      r.Read("isDiscountEmpty", term.discountEmpty);
-    });
-    LoadList(company_.names, "customers", [&](FixtureReader& r, Name& name) {
-      r.Read("parent", name.parent, 0);
-      ReadName(r, name);
-    });
-    customerCount_ = company_.names.Size();
-    LoadList(company_.names, "otherNames", [&](FixtureReader& r, Name& name) {
-      name.customer = false;
-      ReadName(r, name);
-    });
-    LoadList(company_.items, "items", [&](FixtureReader& r, Item& item) {
-      r.ReadEnum("type", item.type, kItemTypes);
-      r.Read("parent", item.parent, 0);
-      r.Read("longDescription", item.longDescription);
-      r.ForEachValue("groupItems", [&](const json& member, const std::string& pointer) {
-        if (!member.is_number_integer() || member.get<int64_t>() < 1 ||
-            member.get<int64_t>() > INT32_MAX)
-          FixtureReader::FailAt(context_, pointer, "expected a record number of an item");
-        item.groupMembers.push_back(static_cast<RecNum>(member.get<int64_t>()));
-      });
-      if (!item.groupMembers.empty() && item.type != itGROUP && item.type != itTAXGROUP)
-        r.Fail("groupItems", "only items of type group or taxGroup have members");
-    });
-    LoadList(company_.classes, "classes",
-             [&](FixtureReader& r, Class& record) { r.Read("parent", record.parent, 0); });
-    LoadList(company_.salesReps, "salesReps", [&](FixtureReader& r, SalesRep& rep) {
-      r.Read("associatedName", rep.associatedName, 0);
-    });
-    LoadList(company_.shipMethods, "shipMethods", [](FixtureReader&, ShipMethod&) {});
-    LoadList(company_.customerMessages, "customerMessages",
-             [](FixtureReader&, CustomerMessage&) {});
-    Link();
-    LoadDataFileRecords();
-    for (const char* section : {"invoices", "estimates", "styles"}) root_.Accept(section);
-    LoadTransactions(document_, company_, context_);
-    LoadFaults();
-    root_.Finish();
+[[noreturn]] void FailAtOffset(const std::string& file, std::string_view text, size_t offset,
+                               const std::string& message) {
+  const auto [line, column] = LineAndColumn(text, offset);
+  throw FixtureError(file + ": line " + std::to_string(line) + ", column " +
+                     std::to_string(column) + ": " + message);
+}
+
+// Refuses arrays and objects nested deeper than kMaxFixtureNesting and more than
+// kMaxFixtureValues values, before parsing. Gives, for each of `sections`, about how many elements
+// the document's member array of that name has (at most one more), for reserving room for them.
+std::vector<size_t> ScanFixture(std::string_view text, const std::string& file,
+                                std::span<const std::string_view> sections) {
+  std::vector<size_t> elements(sections.size());
+  constexpr size_t kNone = size_t(-1);
+  size_t counted = kNone;  // the section whose array is open
+  size_t keyStart = 0, keyEnd = 0;  // the last string of the document object, its member's key
+  int depth = 0;
+  size_t values = 1;  // every container and every separator adds one
+  bool inString = false, escaped = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (inString) {
+      if (escaped) {
+        escaped = false;
+      } else if (c == '\\') {
+        escaped = true;
+      } else if (c == '"') {
+        inString = false;
+        keyEnd = i;
+      }
+    } else if (c == '"') {
+      inString = true;
+      keyStart = i + 1;
+    } else if ((c == '[' || c == '{' || c == ',') && ++values > kMaxFixtureValues) {
+      FailAtOffset(file, text, i, "more than " + std::to_string(kMaxFixtureValues) + " values");
+    } else if (c == '[' || c == '{') {
+      if (c == '[' && depth == 1 && keyEnd >= keyStart) {
+        const auto found = std::find(sections.begin(), sections.end(),
+                                     text.substr(keyStart, keyEnd - keyStart));
+        counted = found == sections.end() ? kNone : size_t(found - sections.begin());
+        if (counted != kNone) ++elements[counted];
+      }
+      if (++depth > kMaxFixtureNesting)
+        FailAtOffset(file, text, i,
+                     "arrays and objects nested deeper than " + std::to_string(kMaxFixtureNesting) +
+                         " levels");
+    } else if (c == ']' || c == '}') {
+      if (--depth == 1) counted = kNone;
+    } else if (c == ',' && depth == 2 && counted != kNone) {
+      ++elements[counted];
+    }
+  }
+  return elements;
+}
+
+// Builds a fixture's document as the parser reads it, except for the elements of the record
+// sections: each of those goes to `onRecord` as soon as it is complete and is dropped right
+// after, so that a large company never sits in memory twice and every record is read while it is
+// still in the processor's cache. The arrays of the record sections are left empty.
+class StreamingDocument {
+ public:
+  // `onRecord(section, index, element)`: `section` indexes `sections`.
+  using OnRecord = std::function<void(size_t section, size_t index, json& element)>;
+
+  StreamingDocument(std::span<const std::string_view> sections, FixtureContext& context,
+                    OnRecord onRecord)
+      : sections_(sections), seen_(sections.size()), context_(context),
+        onRecord_(std::move(onRecord)) {}
+
+  // Parses `text`, whose nesting ScanFixture has bounded; throws FixtureError.
+  json Parse(std::string_view text) {
+    if (!json::sax_parse(text, this)) {
+      // The library's message starts "[json.exception.parse_error.101] parse error at line 1,
+      // column 2: "; the position is given again in the fixture's own form.
+      const size_t column = error_.find("column ");
+      const size_t colon = column == std::string::npos ? column : error_.find(": ", column);
+      if (colon != std::string::npos) error_.erase(0, colon + 2);
+      FailAtOffset(context_.file, text, errorByte_ == 0 ? 0 : errorByte_ - 1, error_);
+    }
+    return std::move(root_);
+  }
+
+  // The parser's events.
+  bool null() { return Scalar(nullptr); }
+  bool boolean(bool value) { return Scalar(value); }
+  bool number_integer(json::number_integer_t value) { return Scalar(value); }
+  bool number_unsigned(json::number_unsigned_t value) { return Scalar(value); }
+  bool number_float(json::number_float_t value, const std::string&) { return Scalar(value); }
+  bool string(std::string& value) { return Scalar(std::move(value)); }
+  bool binary(json::binary_t& value) { return Scalar(json::binary(std::move(value))); }
+  bool key(std::string& key) {
+    key_ = std::move(key);
+    return true;
+  }
+  bool start_object(size_t) {
+    stack_.push_back(&Insert(json::object()));
+    return true;
+  }
+  bool start_array(size_t) {
+    if (stack_.size() == 1) StartSection();
+    stack_.push_back(&Insert(json::array()));
+    return true;
+  }
+  bool end_object() { return End(); }
+  bool end_array() { return End(); }
+  bool parse_error(size_t byte, const std::string&, const nlohmann::detail::exception& error) {
+    errorByte_ = byte;
+    error_ = error.what();
+    return false;
   }
 
  private:
+  static constexpr size_t kNoSection = size_t(-1);
+
+  // A member array of the document starts: a record section when `key_` names one.
+  void StartSection() {
+    const auto found = std::find(sections_.begin(), sections_.end(), key_);
+    section_ = found == sections_.end() ? kNoSection : size_t(found - sections_.begin());
+    if (section_ == kNoSection) return;
+    if (seen_[section_])
+      FixtureReader::FailAt(context_, "/" + key_, "a second section of this name");
+    seen_[section_] = true;
+    index_ = 0;
+  }
+
+  // Adds `value` to the innermost open array or object (under `key_`), or makes it the document.
+  json& Insert(json&& value) {
+    if (stack_.empty()) return root_ = std::move(value);
+    json& parent = *stack_.back();
+    if (parent.is_array()) {
+      auto& elements = parent.get_ref<json::array_t&>();
+      elements.push_back(std::move(value));
+      return elements.back();
+    }
+    // Of two equal keys the last wins, as in a parsed document.
+    return parent.get_ref<json::object_t&>()[key_] = std::move(value);
+  }
+
+  bool Scalar(json&& value) {
+    Insert(std::move(value));
+    Completed();
+    return true;
+  }
+
+  bool End() {
+    stack_.pop_back();
+    if (stack_.size() == 1) section_ = kNoSection;  // a member of the document ends
+    Completed();
+    return true;
+  }
+
+  // A value has been completed: an element of a record section is read and dropped.
+  void Completed() {
+    if (section_ == kNoSection || stack_.size() != 2) return;
+    auto& elements = stack_.back()->get_ref<json::array_t&>();
+    onRecord_(section_, index_++, elements.back());
+    elements.pop_back();
+  }
+
+  std::span<const std::string_view> sections_;
+  std::vector<bool> seen_;
+  FixtureContext& context_;
+  OnRecord onRecord_;
+  json root_;
+  std::vector<json*> stack_;  // the open arrays and objects, the document first
+  std::string key_;           // the key of the next member of the innermost object
+  size_t section_ = kNoSection, index_ = 0;
+  size_t errorByte_ = 0;
+  std::string error_;
+};
+
+// Reads the sections of one fixture into a company. The records of the list, template and
+// transaction sections are read as the parser completes them, in the fixture's order, so
+// references between records are checked once every record is in: the tree links at Link()
+// and references of transactions that pointed ahead at CheckPendingReferences().
+class Loader {
+ public:
+  Loader(FixtureContext& context, Company& company, const RecordEdit& edit)
+      : context_(context), company_(company), edit_(edit) {}
+
+  void Load(std::string_view text) {
+    expectedRecords_ = ScanFixture(text, context_.file, kRecordSections);
+    StreamingDocument parser(kRecordSections, context_,
+                             [this](size_t section, size_t index, json& element) {
+                               ReadRecord(section, index, element);
+                             });
+    document_ = parser.Parse(text);
+    root_.emplace(context_, document_, "");
+    LoadCompanyInfo();
+    LoadHost();
+    // What is left of a record section is its empty array, or a value of the wrong type.
+    for (std::string_view section : kRecordSections)
+      root_->ForEach(std::string(section).c_str(), [](FixtureReader&) {});
+    Link();
+    CheckPendingReferences();
+    LoadDataFileRecords();
+    LoadFaults();
+    root_->Finish();
+  }
+
+ private:
+  static constexpr size_t kMaxReservedBytes = size_t(256) << 20;
+  static constexpr std::string_view kRecordSections[] = {
+      "terms",       "customers",        "otherNames", "items",    "classes",  "salesReps",
+      "shipMethods", "customerMessages", "styles",     "invoices", "estimates"};
+
+  void ReadRecord(size_t section, size_t index, json& element) {
+    const std::string_view name = kRecordSections[section];
+    const ListKind list = name == "otherNames" ? ListKind::Names : *ListFromName(name);
+    if (list == ListKind::Names && index == 0)
+      nameSections_.emplace_back(company_.names.Size(), name);
+    if (edit_) edit_(list, element);
+    FixtureReader r(context_, element, "/" + std::string(name) + "/" + std::to_string(index));
+    // Room for the whole section at once: growing a large list record by record would move every
+    // record several times.
+    const size_t reserve = index == 0 ? expectedRecords_[section] : 0;
+    switch (list) {
+      case ListKind::Terms:
+        return Add(reserve, company_.terms, r, [&](Term& term) {
+          r.ReadEnum("type", term.type, kTermTypes);
+          r.Read("stdDueDays", term.stdDueDays, 0);
+          r.Read("stdDiscountDays", term.stdDiscountDays, 0);
+          r.Read("dayOfMonthDue", term.dayOfMonthDue, 0, 31);
+          r.Read("discountDayOfMonth", term.discountDayOfMonth, 0, 31);
+          r.Read("discountPct", term.discountPct);
+          r.Read("minDays", term.minDays, 0);
+          term.discountEmpty = term.discountPct.empty;
+          r.Read("isDiscountEmpty", term.discountEmpty);
+        });
+      case ListKind::Names:
+        return Add(reserve, company_.names, r, [&](Name& record) {
+          if (name == "customers")
+            r.Read("parent", record.parent, 0);
+          else
+            record.customer = false;
+          ReadName(r, record);
+        });
+      case ListKind::Items:
+        return Add(reserve, company_.items, r, [&](Item& item) {
+          r.ReadEnum("type", item.type, kItemTypes);
+          r.Read("parent", item.parent, 0);
+          r.Read("longDescription", item.longDescription);
+          r.ForEachValue("groupItems", [&](const json& member, const std::string& pointer) {
+            if (!member.is_number_integer() || member.get<int64_t>() < 1 ||
+                member.get<int64_t>() > INT32_MAX)
+              FixtureReader::FailAt(context_, pointer, "expected a record number of an item");
+            item.groupMembers.push_back(static_cast<RecNum>(member.get<int64_t>()));
+          });
+          if (!item.groupMembers.empty() && item.type != itGROUP && item.type != itTAXGROUP)
+            r.Fail("groupItems", "only items of type group or taxGroup have members");
+        });
+      case ListKind::Classes:
+        return Add(reserve, company_.classes, r, [&](Class& record) { r.Read("parent", record.parent, 0); });
+      case ListKind::SalesReps:
+        return Add(reserve, company_.salesReps, r,
+                   [&](SalesRep& rep) { r.Read("associatedName", rep.associatedName, 0); });
+      case ListKind::ShipMethods:
+        return Add(reserve, company_.shipMethods, r, [](ShipMethod&) {});
+      case ListKind::CustomerMessages:
+        return Add(reserve, company_.customerMessages, r, [](CustomerMessage&) {});
+      case ListKind::Styles:
+        return Add(reserve, company_.styles, r, [&](Style& style) { ReadStyle(r, style, company_); });
+      case ListKind::Invoices:
+        return Add(reserve, company_.invoices, r, [&](Invoice& invoice) { ReadInvoice(r, invoice, company_); });
+      case ListKind::Estimates:
+        return Add(reserve, company_.estimates, r,
+                   [&](Estimate& estimate) { ReadEstimate(r, estimate, company_); });
+    }
+  }
+
+  // Reads a record of Record's list from `r` (the fields every list record has, then `fill`)
+  // and adds it, refusing a record number the list has already; first makes room for `reserve`
+  // more records.
+  template <class Record, class Fill>
+  void Add(size_t reserve, RecordList<Record>& list, FixtureReader& r, Fill&& fill) {
+    // The count is only a hint, not yet checked record by record: a section of a million bare
+    // numbers does not get room for a million records.
+    if (reserve) list.Reserve(list.Size() + std::min(reserve, kMaxReservedBytes / sizeof(Record)));
+    Record record;
+    if constexpr (std::is_base_of_v<ListRecord, Record>) ReadListRecord(r, record);
+    fill(record);
+    r.Finish();
+    const RecNum recNum = record.recNum;
+    if (!list.Add(std::move(record))) {
+      const size_t first = static_cast<size_t>(list.Find(recNum) - list.Records().data());
+      r.Fail("recNum", "duplicate record number " + std::to_string(recNum) + ", first at " +
+                           PointerOf(Record::kList, first));
+    }
+  }
+
   void LoadCompanyInfo() {
-    root_.Accept("company");
+    root_->Accept("company");
     const json* section = Section("company");
     if (!section) return;
     FixtureReader r(context_, *section, "/company");
@@ -540,32 +794,12 @@ class Loader {
   }
 
   void LoadHost() {
-    root_.Accept("host");
+    root_->Accept("host");
     const json* section = Section("host");
     if (!section) return;
     FixtureReader r(context_, *section, "/host");
     r.Read("logFolder", company_.host.logFolder);
     r.Finish();
-  }
-
-  // Reads the records of the array `section` into `list`: the common fields, then `fill`.
-  template <class Record, class Fill>
-  void LoadList(RecordList<Record>& list, const char* section, Fill&& fill) {
-    // Room for the whole section at once: growing a large list record by record would move every
-    // record several times.
-    if (const json* records = Section(section); records && records->is_array())
-      list.Reserve(list.Size() + records->size());
-    root_.ForEach(section, [&](FixtureReader& r) {
-      Record record;
-      ReadListRecord(r, record);
-      fill(r, record);
-      const RecNum recNum = record.recNum;
-      if (!list.Add(std::move(record))) {
-        const size_t first = static_cast<size_t>(list.Find(recNum) - list.Records().data());
-        r.Fail("recNum", "duplicate record number " + std::to_string(recNum) + ", first at " +
-                             PointerOf(Record::kList, first));
-      }
-    });
   }
 
   static void ReadListRecord(FixtureReader& r, ListRecord& record) {
@@ -597,8 +831,10 @@ class Loader {
   std::string PointerOf(ListKind list, size_t position) const {
     if (list != ListKind::Names)
       return "/" + std::string(ListName(list)) + "/" + std::to_string(position);
-    return position < customerCount_ ? "/customers/" + std::to_string(position)
-                                     : "/otherNames/" + std::to_string(position - customerCount_);
+    // Customers and other names share the list, section after section in the fixture's order.
+    auto section = nameSections_.rbegin();
+    while (section->first > position) ++section;
+    return "/" + std::string(section->second) + "/" + std::to_string(position - section->first);
   }
 
   void Link() {
@@ -629,8 +865,20 @@ class Loader {
                           field + ": " + message);
   }
 
+  void CheckPendingReferences() {
+    for (const PendingReference& reference : context_.pendingReferences) {
+      const Name* name =
+          reference.customerOnly ? company_.names.Find(reference.recNum) : nullptr;
+      if (reference.customerOnly ? !name || !name->customer
+                                 : !HasRecord(company_, reference.list, reference.recNum))
+        FixtureReader::FailAt(context_, reference.pointer,
+                              std::string(reference.field) + ": expected a record number of " +
+                                  reference.what);
+    }
+  }
+
   void LoadDataFileRecords() {
-    root_.ForEach("dataFileRecords", [&](FixtureReader& r) {
+    root_->ForEach("dataFileRecords", [&](FixtureReader& r) {
       DataFileRecord record;
       r.Require("name", record.name);
       r.Read("dataVersion", record.dataVersion);
@@ -679,7 +927,7 @@ class Loader {
 
   void LoadFaults() {
     Faults& faults = company_.faults;
-    root_.ForEach("faults", [&](FixtureReader& r) {
+    root_->ForEach("faults", [&](FixtureReader& r) {
       Text operation, result;
       r.Require("operation", operation);
       r.Require("hresult", result);
@@ -692,11 +940,11 @@ class Loader {
                        forRecord ? std::optional<LONG>(record) : std::nullopt))
         r.Fail("operation", "expected Interface::Method of a host interface");
     });
-    root_.ForEachValue("unavailable", [&](const json& name, const std::string& pointer) {
+    root_->ForEachValue("unavailable", [&](const json& name, const std::string& pointer) {
       if (!name.is_string() || !faults.MakeUnavailable(name.get_ref<const std::string&>()))
         FixtureReader::FailAt(context_, pointer, "expected the name of a host interface");
     });
-    root_.ForEach("absent", [&](FixtureReader& r) {
+    root_->ForEach("absent", [&](FixtureReader& r) {
       Text listName;
       LONG record = 0;
       r.Require("list", listName);
@@ -707,7 +955,7 @@ class Loader {
         r.Fail("record", "expected a record number of the list");
       faults.MakeAbsent(*list, record);
     });
-    root_.ForEachValue("lockedDataFileRecords", [&](const json& name, const std::string& pointer) {
+    root_->ForEachValue("lockedDataFileRecords", [&](const json& name, const std::string& pointer) {
       Text text;
       if (!name.is_string() || !Utf8ToText(name.get_ref<const std::string&>(), text))
         FixtureReader::FailAt(context_, pointer, "expected the name of a data file record");
@@ -721,93 +969,34 @@ class Loader {
     const auto found = object.find(name);
     return found == object.end() || found->is_null() ? nullptr : &*found;
   }
+
   FixtureContext& context_;
-  FixtureReader root_;
-  const json& document_;
   Company& company_;
-  size_t customerCount_ = 0;
+  const RecordEdit& edit_;
+  std::vector<size_t> expectedRecords_;  // for each of kRecordSections
+  json document_;  // what is left once the records are read
+  std::optional<FixtureReader> root_;
+  // Where the sections of the names list start in it: (position, section).
+  std::vector<std::pair<size_t, std::string_view>> nameSections_;
 };
-
-// Line and column (from 1) of the byte at `offset`.
-std::pair<size_t, size_t> LineAndColumn(std::string_view text, size_t offset) {
-  offset = std::min(offset, text.size());
-  size_t line = 1, lineStart = 0;
-  for (size_t i = 0; i < offset; ++i)
-    if (text[i] == '\n') ++line, lineStart = i + 1;
-  return {line, offset - lineStart + 1};
-}
-
-[[noreturn]] void FailAtOffset(const std::string& file, std::string_view text, size_t offset,
-                               const std::string& message) {
-  const auto [line, column] = LineAndColumn(text, offset);
-  throw FixtureError(file + ": line " + std::to_string(line) + ", column " +
-                     std::to_string(column) + ": " + message);
-}
-
-// Refuses arrays and objects nested deeper than kMaxFixtureNesting, before parsing.
-void CheckNesting(std::string_view text, const std::string& file) {
-  int depth = 0;
-  size_t values = 1;  // every container and every separator adds one
-  bool inString = false, escaped = false;
-  for (size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (inString) {
-      if (escaped)
-        escaped = false;
-      else if (c == '\\')
-        escaped = true;
-      else if (c == '"')
-        inString = false;
-    } else if (c == '"') {
-      inString = true;
-    } else if ((c == '[' || c == '{' || c == ',') && ++values > kMaxFixtureValues) {
-      FailAtOffset(file, text, i, "more than " + std::to_string(kMaxFixtureValues) + " values");
-    } else if (c == '[' || c == '{') {
-      if (++depth > kMaxFixtureNesting)
-        FailAtOffset(file, text, i,
-                     "arrays and objects nested deeper than " + std::to_string(kMaxFixtureNesting) +
-                         " levels");
-    } else if (c == ']' || c == '}') {
-      --depth;
-    }
-  }
-}
 
 }  // namespace
 
-nlohmann::json ParseFixture(std::string_view text, const std::string& file) {
+void LoadFixture(std::string_view text, const std::string& file, Company& company,
+                 const RecordEdit& edit) {
   if (text.size() > kMaxFixtureBytes)
     throw FixtureError(file + ": the fixture is larger than " +
                        std::to_string(kMaxFixtureBytes >> 20) + " MiB");
-  CheckNesting(text, file);
-  try {
-    return json::parse(text);
-  } catch (const json::parse_error& e) {
-    // The library's message starts "[json.exception.parse_error.101] parse error at line 1,
-    // column 2: "; the position is given again in the fixture's own form.
-    std::string detail = e.what();
-    const size_t column = detail.find("column ");
-    const size_t colon = column == std::string::npos ? column : detail.find(": ", column);
-    if (colon != std::string::npos) detail.erase(0, colon + 2);
-    FailAtOffset(file, text, e.byte == 0 ? 0 : e.byte - 1, detail);
-  }
-}
-
-void LoadFixture(const nlohmann::json& document, const std::string& file, Company& company) {
-  FixtureContext context{file};
+  FixtureContext context{file, 0, {}};
   Company loaded;
-  Loader(context, document, loaded).Load();
+  Loader(context, loaded, edit).Load(text);
   company = std::move(loaded);
 }
 
-void LoadFixture(std::string_view text, const std::string& file, Company& company) {
-  LoadFixture(ParseFixture(text, file), file, company);
-}
-
 HRESULT LoadFixtureText(std::string_view text, const std::string& file, Company& company,
-                        std::string& error) {
+                        std::string& error, const RecordEdit& edit) {
   try {
-    LoadFixture(text, file, company);
+    LoadFixture(text, file, company, edit);
     error.clear();
     return S_OK;
   } catch (const FixtureError& e) {

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <span>
 #include <stdexcept>
@@ -36,9 +37,23 @@ inline constexpr int kMaxFixtureNesting = 32;
 // bytes, so this bounds the memory a fixture can take before any section is read.
 inline constexpr size_t kMaxFixtureValues = 8'000'000;
 
-// What the loaders of all sections share: the file's name for messages.
+// A reference to a record that was not loaded yet when the reference was read: records are
+// read in the order the fixture gives them, so it is checked once the whole fixture is read.
+struct PendingReference {
+  std::string pointer;  // of the object holding the reference
+  const char* field;
+  ListKind list;
+  RecNum recNum;
+  const char* what;     // "a term"
+  bool customerOnly;    // a customer or job, not another name
+};
+
+// What the loaders of all sections share.
 struct FixtureContext {
-  std::string file;
+  std::string file;  // for messages
+  // Memory the transactions and templates read so far take besides their texts.
+  size_t recordBytes = 0;
+  std::vector<PendingReference> pendingReferences;
 };
 
 // Reads the fields of one JSON object of a fixture. Each Read fills `out` when the field is
@@ -49,10 +64,10 @@ class FixtureReader {
  public:
   // `object` must outlive the reader; `pointer` is its JSON pointer ("" for the whole document).
   // Throws FixtureError when `object` is not an object.
-  FixtureReader(const FixtureContext& context, const nlohmann::json& object, std::string pointer);
+  FixtureReader(FixtureContext& context, const nlohmann::json& object, std::string pointer);
 
   const std::string& Pointer() const { return pointer_; }
-  const FixtureContext& Context() const { return context_; }
+  FixtureContext& Context() const { return context_; }
   // The object itself, for a field that the loader reads from the JSON (see Accept).
   const nlohmann::json& Json() const { return object_; }
   bool Has(const char* field) const;
@@ -77,14 +92,16 @@ class FixtureReader {
   // The name of one of `names` (its index is the value) or the index itself.
   bool ReadEnum(const char* field, LONG& out, std::span<const std::string_view> names);
   // A record number of a record of Record's list, or 0 for none; `what` names the record in
-  // the message ("a term").
+  // the message ("a term"). A record not loaded yet is looked for again at the end of the load.
   template <class Record>
   bool ReadReference(const char* field, RecNum& out, Company& company, const char* what) {
     if (!Read(field, out, 0)) return false;
     if (out != 0 && !company.List<Record>().Find(out))
-      Fail(field, std::string("expected a record number of ") + what);
+      context_.pendingReferences.push_back({pointer_, field, Record::kList, out, what, false});
     return true;
   }
+  // As ReadReference, for a customer or job of the names list.
+  bool ReadCustomerReference(const char* field, RecNum& out, Company& company);
 
   // Read, and a "missing required field" error when the field is absent.
   template <class T, class... Rest>
@@ -132,19 +149,21 @@ class FixtureReader {
   const nlohmann::json* Array(const char* field);
   std::string ElementPointer(const char* field, size_t index) const;
 
-  const FixtureContext& context_;
+  FixtureContext& context_;
   const nlohmann::json& object_;
   std::string pointer_;
   std::vector<const char*> read_;
 };
 
-// Parses fixture text, refusing text larger than kMaxFixtureBytes or nested deeper than
-// kMaxFixtureNesting. `file` names the fixture in messages. Throws FixtureError.
-nlohmann::json ParseFixture(std::string_view text, const std::string& file);
-// Loads a parsed fixture into `company`, replacing what it held. Throws FixtureError.
-void LoadFixture(const nlohmann::json& document, const std::string& file, Company& company);
-// ParseFixture, then LoadFixture.
-void LoadFixture(std::string_view text, const std::string& file, Company& company);
+// A change to each record of a list section before it is read ("otherNames" and "customers"
+// are records of the names list): how a company store lays its saved fields over the fixture.
+using RecordEdit = std::function<void(ListKind list, nlohmann::json& record)>;
+
+// Loads fixture text into `company`, replacing what it held, refusing text larger than
+// kMaxFixtureBytes or nested deeper than kMaxFixtureNesting. `file` names the fixture in
+// messages. Throws FixtureError.
+void LoadFixture(std::string_view text, const std::string& file, Company& company,
+                 const RecordEdit& edit = {});
 
 // Reads the fixture file at `path` into `text`: STG_E_FILENOTFOUND when it cannot be opened,
 // kInvalidFixture when it cannot be read or is larger than kMaxFixtureBytes, with `error` saying
@@ -157,11 +176,12 @@ HRESULT ReadFixtureFile(const std::string& path, std::string& text, std::string&
 HRESULT LoadFixtureFile(const std::string& path, Company& company, std::string& error);
 // As LoadFixtureFile, for fixture text held in memory.
 HRESULT LoadFixtureText(std::string_view text, const std::string& file, Company& company,
-                        std::string& error);
+                        std::string& error, const RecordEdit& edit = {});
 
-// Loads the sections "invoices", "estimates" and "styles" of the fixture `root` into `company`,
-// whose lists are loaded and linked already. Defined with the transaction objects
-// (TransactionFixture.cpp).
-void LoadTransactions(const nlohmann::json& root, Company& company, FixtureContext& context);
+// Read one record of the "styles", "invoices" or "estimates" section, counting its memory
+// against the budget of the context. Defined with the transaction objects (TransactionFixture.cpp).
+void ReadStyle(FixtureReader& r, Style& style, Company& company);
+void ReadInvoice(FixtureReader& r, Invoice& invoice, Company& company);
+void ReadEstimate(FixtureReader& r, Estimate& estimate, Company& company);
 
 }  // namespace parcelon::refhost

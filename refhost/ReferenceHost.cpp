@@ -68,32 +68,50 @@ std::unique_ptr<ReferenceHost> ReferenceHost::FromFixture(const std::string& pat
 #if PARCELON_HAVE_SQLITE
 namespace {
 
-// Puts the record fields that saves left in the store over the records of the fixture document.
-void ApplyRecordFields(nlohmann::json& document, const std::vector<StoredRecordField>& fields,
-                       const std::string& store) {
-  if (fields.empty()) return;
-  std::map<std::pair<ListKind, RecNum>, nlohmann::json*> records;
-  for (const char* section :
-       {"terms", "customers", "otherNames", "items", "classes", "salesReps", "shipMethods",
-        "customerMessages", "invoices", "estimates", "styles"}) {
-    const auto found = document.find(section);
-    if (found == document.end() || !found->is_array()) continue;
-    const ListKind list =
-        *ListFromName(std::string_view(section) == "otherNames" ? "names" : section);
-    for (nlohmann::json& record : *found)
-      if (record.is_object() && record.contains("recNum") && record["recNum"].is_number_integer())
-        records[{list, record["recNum"].get<RecNum>()}] = &record;
+// Lays the record fields that saves left in the store over the records of the fixture as the
+// loader reads them.
+class SavedFields {
+ public:
+  SavedFields(const std::vector<StoredRecordField>& fields, const std::string& store)
+      : store_(store) {
+    for (const StoredRecordField& stored : fields) {
+      nlohmann::json value = nlohmann::json::parse(stored.field.json, nullptr, false);
+      if (value.is_discarded()) Unfit(stored.list, stored.recNum, stored.field.name);
+      byRecord_[{stored.list, stored.recNum}].emplace_back(stored.field.name, std::move(value));
+    }
   }
-  for (const StoredRecordField& stored : fields) {
-    const auto found = records.find({stored.list, stored.recNum});
-    const nlohmann::json value = nlohmann::json::parse(stored.field.json, nullptr, false);
-    if (found == records.end() || value.is_discarded())
-      throw FixtureError(store + ": the saved field " + stored.field.name + " of " +
-                         std::string(ListName(stored.list)) + " record " +
-                         std::to_string(stored.recNum) + " fits no record of the fixture");
-    (*found->second)[stored.field.name] = value;
+
+  void Apply(ListKind list, nlohmann::json& record) {
+    if (byRecord_.empty() || !record.is_object()) return;
+    const auto recNum = record.find("recNum");
+    if (recNum == record.end() || !recNum->is_number_integer() ||
+        recNum->get<int64_t>() != static_cast<RecNum>(recNum->get<int64_t>()))
+      return;
+    const auto found = byRecord_.find({list, recNum->get<RecNum>()});
+    if (found == byRecord_.end()) return;
+    for (auto& [name, value] : found->second) record[name] = std::move(value);
+    byRecord_.erase(found);
   }
-}
+
+  // Throws FixtureError for a saved field that fitted no record.
+  void CheckAllApplied() const {
+    if (!byRecord_.empty()) {
+      const auto& [record, fields] = *byRecord_.begin();
+      Unfit(record.first, record.second, fields.front().first);
+    }
+  }
+
+ private:
+  [[noreturn]] void Unfit(ListKind list, RecNum recNum, const std::string& field) const {
+    throw FixtureError(store_ + ": the saved field " + field + " of " +
+                       std::string(ListName(list)) + " record " + std::to_string(recNum) +
+                       " fits no record of the fixture");
+  }
+
+  const std::string& store_;
+  std::map<std::pair<ListKind, RecNum>, std::vector<std::pair<std::string, nlohmann::json>>>
+      byRecord_;
+};
 
 }  // namespace
 
@@ -121,10 +139,11 @@ std::unique_ptr<ReferenceHost> ReferenceHost::FromStore(const std::string& path,
   try {
     std::shared_ptr<CompanyStore> store = CompanyStore::Open(path);
     const std::string source = store->FixtureSource().empty() ? path : store->FixtureSource();
-    nlohmann::json document = ParseFixture(store->FixtureJson(), source);
-    ApplyRecordFields(document, store->RecordFields(), path);
+    SavedFields saved(store->RecordFields(), path);
     auto company = std::make_shared<Company>();
-    LoadFixture(document, source, *company);
+    LoadFixture(store->FixtureJson(), source, *company,
+                [&](ListKind list, nlohmann::json& record) { saved.Apply(list, record); });
+    saved.CheckAllApplied();
     for (StoredAttributes& stored : store->Attributes())
       if (ListRecord* record = FindListRecord(*company, stored.list, stored.recNum))
         record->attributes = std::move(stored.attributes);

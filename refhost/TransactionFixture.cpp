@@ -1,5 +1,5 @@
-// The "styles", "invoices" and "estimates" sections of a company fixture: templates, then the
-// transactions that refer to them and to the list records loaded before.
+// The records of the "styles", "invoices" and "estimates" sections of a company fixture:
+// templates, and the transactions that refer to them and to list records.
 #include <algorithm>
 #include <cstddef>
 #include <span>
@@ -26,27 +26,16 @@ constexpr size_t kMaxCustomFields = 100;
 // of many small objects ("lines": [{}, {}, ...]) cannot make the host exhaust memory.
 constexpr size_t kMaxRecordBytes = size_t(256) << 20;
 
-// The memory that the records read so far take, checked before each array is read.
-class Budget {
- public:
-  // Counts `count` records of `size` bytes for the array `field` of `r`; fails when they would
-  // take the records beyond kMaxRecordBytes.
-  void Spend(const FixtureReader& r, const char* field, size_t count, size_t size) {
-    if (count > (kMaxRecordBytes - spent_) / size)
-      r.Fail(field, "the transactions and templates would take more than " +
-                        std::to_string(kMaxRecordBytes >> 20) + " MiB");
-    spent_ += count * size;
-  }
-
- private:
-  size_t spent_ = 0;
-};
-
-// What the readers of these sections share.
-struct Loading {
-  Company& company;
-  Budget budget;
-};
+// Counts `count` records of `size` bytes for the array `field` of the object at `pointer` (the
+// whole document for ""); fails when they would take the records beyond kMaxRecordBytes.
+void Spend(FixtureContext& context, const std::string& pointer, const char* field, size_t count,
+           size_t size) {
+  if (count > (kMaxRecordBytes - context.recordBytes) / size)
+    FixtureReader::FailAt(context, pointer,
+                          std::string(field) + ": the transactions and templates would take more than " +
+                              std::to_string(kMaxRecordBytes >> 20) + " MiB");
+  context.recordBytes += count * size;
+}
 
 // A host code and the name a fixture gives it.
 struct NamedCode {
@@ -222,11 +211,11 @@ size_t ArraySize(const FixtureReader& r, const char* field) {
 // Reads the objects of the array `field` into `parts`, with `read(FixtureReader&, Part&, index)`
 // for each; refuses more than `limit` of them, or more than the budget allows.
 template <class Part, class Read>
-void ReadParts(FixtureReader& r, const char* field, size_t limit, Budget& budget,
-               std::vector<Part>& parts, Read&& read) {
+void ReadParts(FixtureReader& r, const char* field, size_t limit, std::vector<Part>& parts,
+               Read&& read) {
   const size_t count = ArraySize(r, field);
   if (count > limit) r.Fail(field, "more than " + std::to_string(limit) + " elements");
-  budget.Spend(r, field, count, sizeof(Part));
+  Spend(r.Context(), r.Pointer(), field, count, sizeof(Part));
   parts.reserve(count);
   r.ForEach(field, [&](FixtureReader& element) {
     const size_t index = parts.size();
@@ -303,7 +292,10 @@ void ReadColumn(FixtureReader& r, StyleColumn& column, size_t index) {
   ReadObject(r, "data", [&](FixtureReader& d) { ReadDataArea(d, column.data); });
 }
 
-void ReadStyle(FixtureReader& r, Style& style, Loading& loading) {
+}  // namespace
+
+void ReadStyle(FixtureReader& r, Style& style, Company&) {
+  Spend(r.Context(), "", "styles", 1, sizeof(Style));
   r.Require("recNum", style.recNum, 1);
   r.Require("fullName", style.fullName);
   ReadCode(r, "type", style.type, kTemplateTypes);
@@ -314,20 +306,21 @@ void ReadStyle(FixtureReader& r, Style& style, Loading& loading) {
   r.Read("rightMargin", style.rightMargin, 0);
   r.Read("topMargin", style.topMargin, 0);
   r.Read("bottomMargin", style.bottomMargin, 0);
-  ReadParts(r, "fields", kMaxStyleParts, loading.budget, style.fields, ReadField);
+  ReadParts(r, "fields", kMaxStyleParts, style.fields, ReadField);
   ReadObject(r, "table", [&](FixtureReader& t) {
     StyleTable& table = style.table;
     t.Read("width", table.width, 0);
     t.Read("height", table.height, 0);
     t.Read("labelHeight", table.labelHeight, 0);
-    ReadParts(t, "columns", kMaxStyleParts, loading.budget, table.columns, ReadColumn);
+    ReadParts(t, "columns", kMaxStyleParts, table.columns, ReadColumn);
   });
 }
 
 // ---- Transactions ---------------------------------------------------------------------------
 
-void ReadLineItem(FixtureReader& r, LineItem& line, Loading& loading) {
-  Company& company = loading.company;
+namespace {
+
+void ReadLineItem(FixtureReader& r, LineItem& line, Company& company) {
   r.ReadReference<Item>("item", line.item, company, "an item");
   r.Read("description", line.description);
   r.Read("quantity", line.quantity);
@@ -343,7 +336,7 @@ void ReadLineItem(FixtureReader& r, LineItem& line, Loading& loading) {
   const size_t customFields = ArraySize(r, "customFields");
   if (customFields > kMaxCustomFields)
     r.Fail("customFields", "more than " + std::to_string(kMaxCustomFields) + " elements");
-  loading.budget.Spend(r, "customFields", customFields, sizeof(Text));
+  Spend(r.Context(), r.Pointer(), "customFields", customFields, sizeof(Text));
   line.customFields.reserve(customFields);
   r.ForEachValue("customFields", [&](const json& value, const std::string& pointer) {
     Text& text = line.customFields.emplace_back();
@@ -378,9 +371,7 @@ void ReadSalesTransaction(FixtureReader& r, SalesTransaction& record, Company& c
   r.Read("amount", record.amount);
   r.ReadTime("createTimeStamp", record.createTime);
   r.ReadTime("modTimeStamp", record.modTime);
-  if (r.ReadReference<Name>("customer", record.customer, company, "a customer or job") &&
-      record.customer != 0 && !company.names.Find(record.customer)->customer)
-    r.Fail("customer", "expected a record number of a customer or job");
+  r.ReadCustomerReference("customer", record.customer, company);
   r.Read("customerIsTaxable", record.customerTaxable);
   r.ReadReference<Term>("terms", record.terms, company, "a term");
   r.Read("billingAddress", record.billingAddress);
@@ -395,60 +386,34 @@ void ReadSalesTransaction(FixtureReader& r, SalesTransaction& record, Company& c
   r.Read("salesTaxTotal", record.salesTaxTotal);
 }
 
-void ReadInvoice(FixtureReader& r, Invoice& invoice, Loading& loading) {
-  ReadSalesTransaction(r, invoice, loading.company, "Invoice");
+}  // namespace
+
+void ReadInvoice(FixtureReader& r, Invoice& invoice, Company& company) {
+  Spend(r.Context(), "", "invoices", 1, sizeof(Invoice));
+  ReadSalesTransaction(r, invoice, company, "Invoice");
   r.Read("invoiceNumber", invoice.invoiceNumber);
   r.Read("remainingBalance", invoice.remainingBalance);
   r.Read("suggestedDiscountAmount", invoice.suggestedDiscountAmount);
   r.ReadDate("suggestedDiscountDate", invoice.suggestedDiscountDate);
   r.Read("allowPayment", invoice.allowPayment);
-  ReadParts(r, "lines", kMaxLines, loading.budget, invoice.lines,
+  ReadParts(r, "lines", kMaxLines, invoice.lines,
             [&](FixtureReader& l, InvoiceLine& line, size_t) {
-              ReadLineItem(l, line, loading);
+              ReadLineItem(l, line, company);
               l.ReadDate("serviceDate", line.serviceDate);
               for (const auto& [field, member] : kProgressAmounts) l.Read(field, line.*member);
             });
 }
 
-void ReadEstimate(FixtureReader& r, Estimate& estimate, Loading& loading) {
-  ReadSalesTransaction(r, estimate, loading.company, "Estimate");
+void ReadEstimate(FixtureReader& r, Estimate& estimate, Company& company) {
+  Spend(r.Context(), "", "estimates", 1, sizeof(Estimate));
+  ReadSalesTransaction(r, estimate, company, "Estimate");
   r.Read("estimateNumber", estimate.estimateNumber);
-  ReadParts(r, "lines", kMaxLines, loading.budget, estimate.lines,
+  ReadParts(r, "lines", kMaxLines, estimate.lines,
             [&](FixtureReader& l, EstimateLine& line, size_t) {
-              ReadLineItem(l, line, loading);
+              ReadLineItem(l, line, company);
               l.Read("markup", line.markup);
               l.Read("nominalTotal", line.nominalTotal);
             });
-}
-
-// Reads the records of the array `section` of `root` into Record's list with
-// `read(FixtureReader&, Record&, Loading&)`.
-template <class Record, class Read>
-void LoadSection(FixtureReader& root, const char* section, Loading& loading, Read&& read) {
-  RecordList<Record>& list = loading.company.List<Record>();
-  const size_t count = ArraySize(root, section);
-  loading.budget.Spend(root, section, count, sizeof(Record));
-  list.Reserve(count);
-  root.ForEach(section, [&](FixtureReader& r) {
-    Record record;
-    read(r, record, loading);
-    const RecNum recNum = record.recNum;
-    if (!list.Add(std::move(record))) {
-      const size_t first = static_cast<size_t>(list.Find(recNum) - list.Records().data());
-      r.Fail("recNum", "duplicate record number " + std::to_string(recNum) + ", first at /" +
-                           section + "/" + std::to_string(first));
-    }
-  });
-}
-
-}  // namespace
-
-void LoadTransactions(const json& root, Company& company, FixtureContext& context) {
-  FixtureReader sections(context, root, "");
-  Loading loading{company, {}};
-  LoadSection<Style>(sections, "styles", loading, ReadStyle);
-  LoadSection<Invoice>(sections, "invoices", loading, ReadInvoice);
-  LoadSection<Estimate>(sections, "estimates", loading, ReadEstimate);
 }
 
 }  // namespace parcelon::refhost

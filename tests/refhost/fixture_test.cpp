@@ -18,6 +18,13 @@ struct BadFixture {
   std::string message;
 };
 
+std::string Repeated(const std::string& piece, int times) {
+  std::string text;
+  text.reserve(piece.size() * size_t(times));
+  for (int i = 0; i < times; ++i) text += piece;
+  return text;
+}
+
 // A chain of `length` customers, each the job of the one before.
 std::string CustomerChain(int length) {
   std::string customers;
@@ -40,6 +47,9 @@ const std::vector<BadFixture> kBadFixtures = {
     {"unknown section", "{\"customer\": []}", "company.json: customer: unknown field"},
     {"section not an array", "{\"terms\": {}}",
      "company.json: terms: expected an array, found an object"},
+    // Room is not reserved for a million customers before the first is read.
+    {"a million bare numbers for customers", "{\"customers\": [" + Repeated("1,", 1'000'000) + "1]}",
+     "company.json: /customers/0: expected an object, found a number"},
     {"record not an object", "{\"terms\": [3]}",
      "company.json: /terms/0: expected an object, found a number"},
     {"wrong type", "{\"terms\": [{\"recNum\": 1, \"name\": 5}]}",
@@ -62,6 +72,16 @@ const std::vector<BadFixture> kBadFixtures = {
      "{\"customers\": [{\"recNum\": 4, \"name\": \"A\"}], \"otherNames\": [{\"recNum\": 4, "
      "\"name\": \"B\"}]}",
      "company.json: /otherNames/0: recNum: duplicate record number 4, first at /customers/0"},
+    {"duplicate record number, other names first",
+     "{\"otherNames\": [{\"recNum\": 4, \"name\": \"B\"}], \"customers\": [{\"recNum\": 3, "
+     "\"name\": \"A\"}, {\"recNum\": 4, \"name\": \"C\"}]}",
+     "company.json: /customers/1: recNum: duplicate record number 4, first at /otherNames/0"},
+    {"section given twice", "{\"terms\": [], \"company\": {}, \"terms\": []}",
+     "company.json: /terms: a second section of this name"},
+    {"cycle among customers listed after other names",
+     "{\"otherNames\": [{\"recNum\": 1, \"name\": \"A\"}], \"customers\": [{\"recNum\": 2, "
+     "\"name\": \"B\", \"parent\": 3}, {\"recNum\": 3, \"name\": \"C\", \"parent\": 2}]}",
+     "company.json: /customers/1: parent: the parent links form a cycle"},
     {"dangling parent",
      "{\"customers\": [{\"recNum\": 1, \"name\": \"A\"}, {\"recNum\": 2, \"name\": \"B\", "
      "\"parent\": 9}]}",

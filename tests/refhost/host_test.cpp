@@ -6,6 +6,9 @@
 
 #include "CompanyTestSupport.h"
 #include "refhost/ReferenceHost.h"
+#if PARCELON_HAVE_SQLITE
+#include "refhost/CompanyStore.h"
+#endif
 
 namespace parcelon::refhost::test {
 namespace {
@@ -206,6 +209,41 @@ TEST(ReferenceHostStore, AStoreOpenedAgainKeepsTheAttributesWritten) {
   ASSERT_EQ(1u, acme.attributes.size());
   EXPECT_EQ(1234, acme.attributes[0].value);
   EXPECT_EQ(99, acme.modTime);
+}
+
+TEST(ReferenceHostStore, SavedFieldsLieOverTheFixturesRecordsOrAreRefused) {
+  struct Case {
+    RecNum recNum;
+    const char* json;
+    const char* error;  // after the store's path; empty when the host opens
+  };
+  const Case cases[] = {
+      {4, R"("acme@example.com")", ""},
+      {9, R"("acme@example.com")", ": the saved field email of names record 9 fits no record of the fixture"},
+      {4, "{not json", ": the saved field email of names record 4 fits no record of the fixture"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.recNum);
+    parcelon::test::ScratchFolder folder;
+    const std::string store = folder.File("company.db");
+    // Names in both sections, so that the saved field finds its record in the second one.
+    parcelon::test::WriteFile(folder.File("company.json"),
+                              R"({"otherNames": [{"recNum": 2, "name": "Bank"}],)"
+                              R"( "customers": [{"recNum": 4, "name": "Acme"}]})");
+    std::string error;
+    ASSERT_EQ(S_OK, ReferenceHost::CreateStore(folder.File("company.json"), store, error)) << error;
+    CompanyStore::Open(store)->SaveRecord(ListKind::Names, c.recNum, {{"email", c.json}}, nullptr);
+    HRESULT hr = E_FAIL;
+    const auto host = ReferenceHost::FromStore(store, hr, error);
+    if (*c.error) {
+      EXPECT_EQ(kInvalidFixture, hr);
+      EXPECT_EQ(store + c.error, error);
+    } else {
+      ASSERT_TRUE(host) << error;
+      EXPECT_EQ(u"acme@example.com", host->GetCompany().names.Find(4)->email);
+      EXPECT_EQ(u"", host->GetCompany().names.Find(2)->email);
+    }
+  }
 }
 
 TEST(ReferenceHostStore, AStoreIsNotMadeOfABadFixture) {
