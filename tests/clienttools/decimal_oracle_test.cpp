@@ -53,14 +53,9 @@ DECIMAL MakeDecimal(u128 magnitude, int scale, bool negative) {
 }
 
 std::string Digits(u128 magnitude) {
-  char reversed[40];
-  int n = 0;
-  do {
-    reversed[n++] = char('0' + int(magnitude % 10));
-    magnitude /= 10;
-  } while (magnitude != 0);
   std::string out;
-  while (n > 0) out += reversed[--n];
+  do out.insert(out.begin(), char('0' + int(magnitude % 10)));
+  while ((magnitude /= 10) != 0);
   return out;
 }
 
@@ -152,10 +147,7 @@ DECIMAL Rescaled(const DECIMAL& d, std::mt19937_64& rng) {
   return MakeDecimal(magnitude, scale, d.sign != 0);
 }
 
-struct Pair {
-  DECIMAL a;
-  DECIMAL b;
-};
+struct Pair { DECIMAL a; DECIMAL b; };
 
 class DecimalOracle : public ::testing::Test {
  protected:
@@ -164,13 +156,11 @@ class DecimalOracle : public ::testing::Test {
   void SetUp() override {
     std::mt19937_64 rng(20240611);
     const DECIMAL edges[] = {
-        MakeDecimal(0, 0, false),           MakeDecimal(1, 0, false),
-        MakeDecimal(1, 0, true),            MakeDecimal(5, 1, false),
-        MakeDecimal(1, 28, false),          MakeDecimal(kMaxMagnitude, 0, false),
-        MakeDecimal(kMaxMagnitude, 0, true), MakeDecimal(kMaxMagnitude, 28, false),
-        MakeDecimal(kMaxMagnitude - 1, 0, false), MakeDecimal(u128(1) << 95, 14, true),
-        MakeDecimal(0xFFFFFFFFu, 0, false), MakeDecimal(u128(0xFFFFFFFFu) + 1, 2, false),
-    };
+        MakeDecimal(0, 0, false), MakeDecimal(1, 0, false), MakeDecimal(1, 0, true), MakeDecimal(5, 1, false),
+        MakeDecimal(1, 28, false), MakeDecimal(kMaxMagnitude, 0, false), MakeDecimal(kMaxMagnitude, 0, true),
+        MakeDecimal(kMaxMagnitude, 28, false), MakeDecimal(kMaxMagnitude - 1, 0, false),
+        MakeDecimal(u128(1) << 95, 14, true), MakeDecimal(0xFFFFFFFFu, 0, false),
+        MakeDecimal(u128(0xFFFFFFFFu) + 1, 2, false)};
     for (const DECIMAL& a : edges) {
       values_.push_back(a);
       for (const DECIMAL& b : edges) pairs_.push_back({a, b});

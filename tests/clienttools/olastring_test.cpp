@@ -29,19 +29,14 @@ TEST(OLAString, UnassignedReadsAsEmpty) {
   EXPECT_FALSE(unassigned.Equals("x"));
 }
 
-TEST(OLAString, Trim) {
-  const struct {
-    const char* text;
-    const char* left;
-    const char* right;
-  } cases[] = {
-      {"\tx", "\tx", "\tx"},  // only the space character is trimmed
-      {"x\t", "x\t", "x\t"},
-      {"  x  ", "x  ", "  x"},
-      {"   ", "", ""},
-      {"", "", ""},
-      {"x", "x", "x"},
-      {" \n ", "\n ", " \n"},
+// Only the space character is trimmed; blank text is made of spaces, tabs and line ends only.
+TEST(OLAString, TrimAndIsBlank) {
+  const struct { const char* text; const char* left; const char* right; bool blank; } cases[] = {
+      {"\tx", "\tx", "\tx", false}, {"x\t", "x\t", "x\t", false}, {"  x  ", "x  ", "  x", false},
+      {"   ", "", "", true}, {"", "", "", true}, {"x", "x", "x", false},
+      {" \n ", "\n ", " \n", true}, {" \n\r\t", "\n\r\t", " \n\r\t", true},
+      {"\t\t", "\t\t", "\t\t", true}, {"\v", "\v", "\v", false}, {"\f", "\f", "\f", false},
+      {"_", "_", "_", false},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string("\"") + c.text + "\"");
@@ -50,19 +45,6 @@ TEST(OLAString, Trim) {
     right.TrimRight();
     EXPECT_EQ(Text(left), c.left);
     EXPECT_EQ(Text(right), c.right);
-  }
-}
-
-TEST(OLAString, IsBlank) {
-  const struct {
-    const char* text;
-    bool blank;
-  } cases[] = {
-      {"", true},        {" ", true},     {" \n\r\t", true}, {"\t\t", true},
-      {" x ", false},    {"\v", false},   {"\f", false},     {"_", false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string("\"") + c.text + "\"");
     EXPECT_EQ(OLAString(c.text).IsBlank(), c.blank);
   }
 }
@@ -99,10 +81,8 @@ TEST(OLAString, WrapInCDataOnceAndUnwrap) {
 // Wrapping text near the bound shortens the text, never the closing marker: a section without
 // its end would swallow the rest of the document.
 TEST(OLAString, WrapInCDataNearTheBoundKeepsTheClosingMarker) {
-  const struct {
-    size_t length;
-    bool fits;
-  } cases[] = {{size_t(kMax) - 12, true}, {size_t(kMax) - 11, false}, {size_t(kMax), false}};
+  const struct { size_t length; bool fits; } cases[] = {
+      {size_t(kMax) - 12, true}, {size_t(kMax) - 11, false}, {size_t(kMax), false}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.length);
     OLAString s(std::string(c.length, 'x').c_str());
@@ -122,15 +102,9 @@ TEST(OLAString, ReplaceAllDoesNotRescan) {
     const char* to;
     const char* result;
   } cases[] = {
-      {"aaaa", "aa", "a", "aa"},
-      {"aaa", "a", "aa", "aaaaaa"},
-      {"abcabc", "b", "xyz", "axyzcaxyzc"},
-      {"a&b&", "&", "&amp;", "a&amp;b&amp;"},
-      {"abc", "d", "x", "abc"},
-      {"abc", "", "x", "abc"},
-      {"abc", "abc", "", ""},
-      {"", "a", "b", ""},
-      {"abab", "ab", "ba", "baba"},
+      {"aaaa", "aa", "a", "aa"}, {"aaa", "a", "aa", "aaaaaa"}, {"abcabc", "b", "xyz", "axyzcaxyzc"},
+      {"a&b&", "&", "&amp;", "a&amp;b&amp;"}, {"abc", "d", "x", "abc"}, {"abc", "", "x", "abc"},
+      {"abc", "abc", "", ""}, {"", "a", "b", ""}, {"abab", "ab", "ba", "baba"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.text) + ": " + c.from + " -> " + c.to);
@@ -140,39 +114,53 @@ TEST(OLAString, ReplaceAllDoesNotRescan) {
   }
 }
 
-TEST(OLAString, ReplaceAllKeepsTheCDataMark) {
+TEST(OLAString, ReplaceAllKeepsTheCDataMarkAndTheFirstCharactersBeyondTheBound) {
   OLAString s("a'b");
   s.WrapInCData();
   ASSERT_TRUE(s.ReplaceAll("'", "&apos;"));
   EXPECT_TRUE(s.IsCData());
   EXPECT_EQ(Text(s), "<![CDATA[a&apos;b]]>");
+  OLAString huge(std::string(20000, 'a').c_str());
+  EXPECT_FALSE(huge.ReplaceAll("a", "ab"));
+  EXPECT_EQ(huge.GetLength(), kMax);
+  EXPECT_EQ(Text(huge).substr(0, 6), "ababab");
 }
 
-TEST(OLAString, ReplaceAllBeyondTheBoundKeepsTheFirstCharacters) {
-  OLAString s(std::string(20000, 'a').c_str());
-  EXPECT_FALSE(s.ReplaceAll("a", "ab"));
-  EXPECT_EQ(s.GetLength(), kMax);
-  EXPECT_EQ(Text(s).substr(0, 6), "ababab");
-}
-
-// Every way text comes in is held to the bound: the first 32766 characters stay and the
-// operation reports false.
-TEST(OLAString, SetTextAtTheBound) {
-  const struct {
-    size_t length;
-    bool fits;
-  } cases[] = {{size_t(kMax) - 1, true}, {size_t(kMax), true}, {size_t(kMax) + 1, false}, {40000, false}};
+// Text set as characters or as a BSTR is held to the bound: the first 32766 characters stay
+// and the operation reports false.
+TEST(OLAString, SetTextAndSetFromBstrAtTheBound) {
+  const struct { size_t length; bool fits; } cases[] = {
+      {size_t(kMax) - 1, true}, {size_t(kMax), true}, {size_t(kMax) + 1, false},
+      {40000, false}, {1000000, false}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.length);
     std::string text;
-    for (size_t i = 0; i < c.length; ++i) text.push_back(char('a' + i % 26));
-    OLAString s;
-    EXPECT_EQ(s.SetText(text.c_str()), c.fits);
+    Bstr wide(nullptr, UINT(c.length));
+    for (size_t i = 0; i < c.length; ++i) {
+      text.push_back(char('a' + i % 26));
+      wide.Get()[i] = OLECHAR(text.back());
+    }
     const size_t kept = std::min(c.length, size_t(kMax));
-    EXPECT_EQ(size_t(s.GetLength()), kept);
-    EXPECT_EQ(Text(s), text.substr(0, kept));
-    EXPECT_EQ(s.GetText()[kept], '\0');
+    OLAString fromText, fromBstr("previous");
+    EXPECT_EQ(fromText.SetText(text.c_str()), c.fits);
+    EXPECT_EQ(fromBstr.SetFromBSTR(wide.Get()), c.fits);
+    for (const OLAString* s : {&fromText, &fromBstr}) {
+      EXPECT_EQ(size_t(s->GetLength()), kept);
+      EXPECT_EQ(Text(*s), text.substr(0, kept));
+      EXPECT_EQ(s->GetText()[kept], '\0');
+    }
   }
+  OLAString s("previous");
+  EXPECT_TRUE(s.SetFromBSTR(nullptr));
+  EXPECT_TRUE(s.IsEmpty());
+  // Characters beyond U+FFFF take one '?' per UTF-16 unit, so the bound counts units.
+  Bstr pairs(nullptr, 40000);
+  for (UINT i = 0; i < 40000; i += 2) {
+    pairs.Get()[i] = OLECHAR(0xD83D);
+    pairs.Get()[i + 1] = OLECHAR(0xDE00);
+  }
+  EXPECT_FALSE(s.SetFromBSTR(pairs.Get()));
+  EXPECT_EQ(Text(s), std::string(size_t(kMax), '?'));
 }
 
 TEST(OLAString, AppendAtTheBound) {
@@ -206,56 +194,13 @@ TEST(OLAString, AppendOfItself) {
   EXPECT_EQ(Text(s), "bcabc");
 }
 
-TEST(OLAString, SetFromBstr) {
-  OLAString s("previous");
-  EXPECT_TRUE(s.SetFromBSTR(nullptr));
-  EXPECT_TRUE(s.IsEmpty());
-
-  Bstr hello(OLESTR("Hello"));
-  EXPECT_TRUE(s.SetFromBSTR(hello.Get()));
-  EXPECT_EQ(Text(s), "Hello");
-
-  const struct {
-    UINT length;
-    bool fits;
-  } cases[] = {{UINT(kMax), true}, {UINT(kMax) + 1, false}, {40000, false}, {1000000, false}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.length);
-    Bstr huge(nullptr, c.length);
-    for (UINT i = 0; i < c.length; ++i) huge.Get()[i] = OLECHAR('a' + i % 26);
-    EXPECT_EQ(s.SetFromBSTR(huge.Get()), c.fits);
-    ASSERT_EQ(s.GetLength(), std::min(int(c.length), kMax));
-    EXPECT_EQ(Text(s).substr(0, 3), "abc");
-    EXPECT_EQ(s.GetText()[kMax - 1], char('a' + (kMax - 1) % 26));
-  }
-}
-
-// Characters beyond U+FFFF take one '?' per UTF-16 unit, so the bound counts units.
-TEST(OLAString, SetFromBstrOfSurrogatePairs) {
-  Bstr pairs(nullptr, 40000);
-  for (UINT i = 0; i < 40000; i += 2) {
-    pairs.Get()[i] = OLECHAR(0xD83D);
-    pairs.Get()[i + 1] = OLECHAR(0xDE00);
-  }
-  OLAString s;
-  EXPECT_FALSE(s.SetFromBSTR(pairs.Get()));
-  EXPECT_EQ(Text(s), std::string(size_t(kMax), '?'));
-}
-
 TEST(OLAString, ConcatenationCarriesTheCDataMark) {
   OLAString plain("x"), wrapped("y");
   wrapped.WrapInCData();
-  const struct {
-    const OLAString& a;
-    const OLAString& b;
-    const char* text;
-    bool cdata;
-  } cases[] = {
-      {plain, plain, "xx", false},
-      {plain, wrapped, "x<![CDATA[y]]>", true},
+  const struct { const OLAString& a; const OLAString& b; const char* text; bool cdata; } cases[] = {
+      {plain, plain, "xx", false}, {plain, wrapped, "x<![CDATA[y]]>", true},
       {wrapped, plain, "<![CDATA[y]]>x", true},
-      {wrapped, wrapped, "<![CDATA[y]]><![CDATA[y]]>", true},
-  };
+      {wrapped, wrapped, "<![CDATA[y]]><![CDATA[y]]>", true}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
     const OLAString joined = c.a + c.b;
@@ -267,17 +212,10 @@ TEST(OLAString, ConcatenationCarriesTheCDataMark) {
 }
 
 TEST(OLAString, Comparisons) {
-  const struct {
-    const char* a;
-    const char* b;
-    bool equal;
-    bool equalNoCase;
-  } cases[] = {
-      {"Invoice", "Invoice", true, true},  {"Invoice", "INVOICE", false, true},
-      {"abc", "abd", false, false},        {"abc", "ab", false, false},
-      {"ab", "abc", false, false},         {"", "", true, true},
-      {"", "x", false, false},
-  };
+  const struct { const char* a; const char* b; bool equal; bool equalNoCase; } cases[] = {
+      {"Invoice", "Invoice", true, true}, {"Invoice", "INVOICE", false, true},
+      {"abc", "abd", false, false}, {"abc", "ab", false, false}, {"ab", "abc", false, false},
+      {"", "", true, true}, {"", "x", false, false}};
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.a) + " / " + c.b);
     const OLAString a(c.a);
@@ -292,18 +230,18 @@ TEST(OLAString, Comparisons) {
 }
 
 TEST(OLAString, CopyKeepsMarkAndMaxLength) {
-  OLAString s("abcdef");
-  s.WrapInCData();
-  s.SetMaxLength(5);
-  EXPECT_FALSE(s.IsValid());
-  const OLAString copy(s);
-  EXPECT_EQ(Text(copy), Text(s));
-  EXPECT_TRUE(copy.IsCData());
-  EXPECT_EQ(copy.GetMaxLength(), 5);
+  OLAString wrapped("abcdef");
+  wrapped.WrapInCData();
+  wrapped.SetMaxLength(5);
+  EXPECT_FALSE(wrapped.IsValid());
+  OLAString copy(wrapped);
   OLAString assigned;
-  assigned = s;
-  EXPECT_TRUE(assigned.IsCData());
-  EXPECT_EQ(assigned.GetMaxLength(), 5);
+  assigned = wrapped;
+  for (const OLAString* s : {&copy, &assigned}) {
+    EXPECT_EQ(Text(*s), Text(wrapped));
+    EXPECT_TRUE(s->IsCData());
+    EXPECT_EQ(s->GetMaxLength(), 5);
+  }
 }
 
 TEST(OLAString, TruncateAndMaxLength) {
@@ -322,13 +260,9 @@ TEST(OLAString, TruncateAndMaxLength) {
 }
 
 TEST(OLAString, SetFromDouble) {
-  const struct {
-    double value;
-    const char* text;
-  } cases[] = {
+  const struct { double value; const char* text; } cases[] = {
       {0.1, "0.1"}, {2.5, "2.5"}, {-3, "-3"}, {1e20, "1e+20"}, {1.0 / 3, "0.333333333333333"},
-      {123456789012345678.0, "1.23456789012346e+17"}, {0, "0"},
-  };
+      {123456789012345678.0, "1.23456789012346e+17"}, {0, "0"}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
     OLAString s;

@@ -1,3 +1,5 @@
+// XMLBuilder: escaping and cleaning of values, indentation, every kind of element and the host
+// values it reads, and where the document goes.
 #include "clienttools/XMLBuilder.h"
 
 #include <gtest/gtest.h>
@@ -45,10 +47,7 @@ TEST_F(XMLBuilderTest, EscapesEveryXmlSpecialByte) {
 }
 
 TEST_F(XMLBuilderTest, CleansValuesToPrintableAscii) {
-  struct Case {
-    std::string value;
-    std::string content;
-  };
+  struct Case { std::string value; std::string content; };
   const std::vector<Case> cases = {
       {"O\x92Neil", "O&apos;Neil"},          // typographic apostrophe folded into the plain one
       {"Caf\xE9", "Caf"},                    // the upper half of the code page is dropped
@@ -151,49 +150,47 @@ TEST_F(XMLBuilderTest, DatesInTheirThreeForms) {
   EXPECT_EQ(Text(b), "<D0>18991230</D0>\n<Noon>20090307T120000+0000</Noon>\n<C>20090307</C>\n");
 }
 
-TEST_F(XMLBuilderTest, HostAmountSeparatorBecomesAPoint) {
-  struct Case {
+// The builder prepares the amount for text, reads it with the separator as a point, and releases
+// the reference it was given whatever happens; a failing host call comes back as it came.
+TEST_F(XMLBuilderTest, HostAmounts) {
+  const struct {
     const char* hostText;
     bool omitIfEmpty;
+    HRESULT prepareResult;
+    HRESULT textResult;
     uint32_t result;
-    std::string written;
+    const char* written;
+  } cases[] = {
+      {"12,50", false, S_OK, S_OK, XMLBuilder::kDone, "<A>12.50</A>\n"},
+      {"1250", false, S_OK, S_OK, XMLBuilder::kDone, "<A>1250</A>\n"},
+      {"-3.25", false, S_OK, S_OK, XMLBuilder::kDone, "<A>-3.25</A>\n"},
+      {"5", false, S_OK, S_OK, XMLBuilder::kDone, "<A>5</A>\n"},
+      {"", true, S_OK, S_OK, XMLBuilder::kOptionalEmpty, ""},
+      {"", false, S_OK, S_OK, XMLBuilder::kDone, "<A></A>\n"},
+      {"1.00", false, E_OUTOFMEMORY, S_OK, uint32_t(E_OUTOFMEMORY), ""},
+      {"1.00", false, S_OK, E_OUTOFMEMORY, uint32_t(E_OUTOFMEMORY), ""},
   };
-  const std::vector<Case> cases = {
-      {"12,50", false, XMLBuilder::kDone, "<A>12.50</A>\n"},
-      {"1250", false, XMLBuilder::kDone, "<A>1250</A>\n"},
-      {"-3.25", false, XMLBuilder::kDone, "<A>-3.25</A>\n"},
-      {"5", false, XMLBuilder::kDone, "<A>5</A>\n"},
-      {"", true, XMLBuilder::kOptionalEmpty, ""},
-      {"", false, XMLBuilder::kDone, "<A></A>\n"},
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.hostText);
     XMLBuilder b;
     auto* amount = new FakeAmount(c.hostText);
+    amount->prepareResult = c.prepareResult;
+    amount->textResult = c.textResult;
     amount->AddRef();  // ours
     amount->AddRef();  // the one handed to the builder
-    EXPECT_EQ(b.AddHostAmountElement("A", amount, c.omitIfEmpty), c.result) << c.hostText;
-    EXPECT_EQ(Text(b), c.written) << c.hostText;
-    EXPECT_EQ(amount->prepareMode, -1);
-    EXPECT_EQ(amount->References(), 1u) << "the builder releases the reference it was given";
-    amount->Release();
-  }
-}
-
-TEST_F(XMLBuilderTest, HostAmountFailureIsReturnedAsItCame) {
-  for (bool failPrepare : {true, false}) {
-    XMLBuilder b;
-    auto* amount = new FakeAmount("1.00");
-    (failPrepare ? amount->prepareResult : amount->textResult) = E_OUTOFMEMORY;
-    amount->AddRef();
-    amount->AddRef();
-    EXPECT_EQ(b.AddHostAmountElement("A", amount, false), uint32_t(E_OUTOFMEMORY));
-    EXPECT_EQ(Text(b), "");
+    EXPECT_EQ(b.AddHostAmountElement("A", amount, c.omitIfEmpty), c.result);
+    EXPECT_EQ(Text(b), c.written);
+    if (SUCCEEDED(c.prepareResult)) {
+      EXPECT_EQ(amount->prepareMode, -1);
+    }
     EXPECT_EQ(amount->References(), 1u);
     amount->Release();
   }
 }
 
-TEST_F(XMLBuilderTest, AddressWritesOnlyItsNonEmptyFieldsNumberedByLine) {
+// Only the non-empty fields are written, the lines numbered by their place; an address without
+// any writes nothing at all.
+TEST_F(XMLBuilderTest, Addresses) {
   FakeAddress address;
   address.lines[1] = "Suite 5 & Co";
   address.city = "Reno";
@@ -213,33 +210,29 @@ TEST_F(XMLBuilderTest, AddressWritesOnlyItsNonEmptyFieldsNumberedByLine) {
   EXPECT_EQ(Text(all),
             "<A>\n<Addr1>1</Addr1>\n<Addr2>2</Addr2>\n<Addr3>3</Addr3>\n<Addr4>4</Addr4>\n<City>C</City>\n"
             "<State>S</State>\n<PostalCode>P</PostalCode>\n<Country>K</Country>\n<Note>N</Note>\n</A>\n");
-}
 
-TEST_F(XMLBuilderTest, EmptyAddressWritesNothing) {
   FakeAddress empty;
-  XMLBuilder b;
-  EXPECT_EQ(b.AddAddressElement("A", &empty), XMLBuilder::kOptionalEmpty);
-  EXPECT_EQ(Text(b), "");
-  EXPECT_EQ(b.Depth(), 0u);
+  XMLBuilder none;
+  EXPECT_EQ(none.AddAddressElement("A", &empty), XMLBuilder::kOptionalEmpty);
+  EXPECT_EQ(Text(none), "");
+  EXPECT_EQ(none.Depth(), 0u);
 }
 
 TEST_F(XMLBuilderTest, AddressFailuresRaiseComErrors) {
-  XMLBuilder b;
-  try {
-    b.AddAddressElement("A", nullptr);
-    FAIL() << "expected a COM error";
-  } catch (const ComError& e) {
-    EXPECT_EQ(e.Error(), E_POINTER);
-  }
   FakeAddress failing;
   failing.city = "X";
   failing.failingField = 5;  // the state
-  try {
-    b.AddAddressElement("A", &failing);
-    FAIL() << "expected a COM error";
-  } catch (const ComError& e) {
-    EXPECT_EQ(e.Error(), E_FAIL);
-    EXPECT_TRUE(IsEqualGUID(e.Source(), IidOf<IAddress>()));
+  const struct { IAddress* address; HRESULT error; IID source; } cases[] = {
+      {nullptr, E_POINTER, GUID_NULL}, {&failing, E_FAIL, IidOf<IAddress>()}};
+  XMLBuilder b;
+  for (const auto& c : cases) {
+    try {
+      b.AddAddressElement("A", c.address);
+      ADD_FAILURE() << "expected a COM error";
+    } catch (const ComError& e) {
+      EXPECT_EQ(e.Error(), c.error);
+      EXPECT_TRUE(IsEqualGUID(e.Source(), c.source));
+    }
   }
   EXPECT_EQ(Text(b), "");
 }

@@ -21,13 +21,22 @@ uint32_t BytePrefix(BSTR text) {
   return bytes;
 }
 
-TEST(Bstr, NullReadsAsEmpty) {
+// A null BSTR reads as empty, but an empty one is a string of its own.
+TEST(Bstr, NullReadsAsEmptyAndAnEmptyStringIsNotNull) {
   EXPECT_EQ(SysStringLen(nullptr), 0u);
   EXPECT_EQ(SysStringByteLen(nullptr), 0u);
   EXPECT_EQ(SysAllocString(nullptr), nullptr);
   SysFreeString(nullptr);
   Bstr owned;
   EXPECT_TRUE(owned.Empty());
+  Bstr fromLiteral(OLESTR(""));
+  Bstr fromLength(nullptr, 0);
+  for (BSTR text : {fromLiteral.Get(), fromLength.Get()}) {
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(SysStringLen(text), 0u);
+    EXPECT_EQ(BytePrefix(text), 0u);
+    EXPECT_EQ(text[0], 0);
+  }
 }
 
 TEST(Bstr, ByteCountPrecedesTheTextAndAZeroFollows) {
@@ -38,17 +47,13 @@ TEST(Bstr, ByteCountPrecedesTheTextAndAZeroFollows) {
   EXPECT_EQ(BytePrefix(text.Get()), 16u);
   EXPECT_EQ(text.Get()[8], 0);
   EXPECT_EQ(Units(text.Get()), u"Parcelon");
-}
-
-TEST(Bstr, EmptyStringIsNotNull) {
-  Bstr fromLiteral(OLESTR(""));
-  Bstr fromLength(nullptr, 0);
-  for (BSTR text : {fromLiteral.Get(), fromLength.Get()}) {
-    ASSERT_NE(text, nullptr);
-    EXPECT_EQ(SysStringLen(text), 0u);
-    EXPECT_EQ(BytePrefix(text), 0u);
-    EXPECT_EQ(text[0], 0);
-  }
+  // Allocated without text, then filled.
+  Bstr filled(nullptr, 4);
+  ASSERT_NE(filled.Get(), nullptr);
+  EXPECT_EQ(SysStringLen(filled.Get()), 4u);
+  EXPECT_EQ(filled.Get()[4], 0);
+  for (int i = 0; i < 4; ++i) filled.Get()[i] = OLECHAR(u"wxyz"[i]);
+  EXPECT_EQ(Units(filled.Get()), u"wxyz");
 }
 
 TEST(Bstr, OddByteLengthKeepsItsByteCount) {
@@ -61,13 +66,11 @@ TEST(Bstr, OddByteLengthKeepsItsByteCount) {
   // A zero byte ends the odd count, and a whole zero character follows the last half one.
   EXPECT_EQ(bytes[5], 0);
   EXPECT_EQ(text.Get()[3], 0);
-}
-
-TEST(Bstr, ByteLengthWithoutSourceIsZeroTerminated) {
-  Bstr text = Bstr::Attach(SysAllocStringByteLen(nullptr, 6));
-  ASSERT_NE(text.Get(), nullptr);
-  EXPECT_EQ(SysStringByteLen(text.Get()), 6u);
-  EXPECT_EQ(text.Get()[3], 0);
+  // Without a source the string is zero-terminated too.
+  Bstr unset = Bstr::Attach(SysAllocStringByteLen(nullptr, 6));
+  ASSERT_NE(unset.Get(), nullptr);
+  EXPECT_EQ(SysStringByteLen(unset.Get()), 6u);
+  EXPECT_EQ(unset.Get()[3], 0);
 }
 
 TEST(Bstr, EmbeddedZerosAreKeptByLengthNotByZero) {
@@ -83,16 +86,6 @@ TEST(Bstr, EmbeddedZerosAreKeptByLengthNotByZero) {
   EXPECT_EQ(Units(terminated.Get()), u"a");
 }
 
-TEST(Bstr, AllocateWithoutTextThenFill) {
-  Bstr text(nullptr, 4);
-  ASSERT_NE(text.Get(), nullptr);
-  EXPECT_EQ(SysStringLen(text.Get()), 4u);
-  EXPECT_EQ(text.Get()[4], 0);
-  const char16_t fill[] = u"wxyz";
-  for (int i = 0; i < 4; ++i) text.Get()[i] = OLECHAR(fill[i]);
-  EXPECT_EQ(Units(text.Get()), u"wxyz");
-}
-
 TEST(Bstr, ReAllocStringReplacesTheText) {
   BSTR text = SysAllocString(OLESTR("short"));
   ASSERT_TRUE(SysReAllocString(&text, OLESTR("a much longer text")));
@@ -103,12 +96,7 @@ TEST(Bstr, ReAllocStringReplacesTheText) {
   // Its own text is a valid source.
   ASSERT_TRUE(SysReAllocString(&text, text));
   EXPECT_EQ(Units(text), u"ab");
-  SysFreeString(text);
-}
-
-// No text gives no string, as SysAllocString(nullptr) does; a null string takes new text.
-TEST(Bstr, ReAllocWithoutTextGivesNull) {
-  BSTR text = SysAllocString(OLESTR("freed"));
+  // No text gives no string, as SysAllocString(nullptr) does; a null string takes new text.
   EXPECT_TRUE(SysReAllocString(&text, nullptr));
   EXPECT_EQ(text, nullptr);
   EXPECT_TRUE(SysReAllocString(&text, nullptr));

@@ -94,13 +94,8 @@ TEST_F(CodePage, SpecialsBothWays) {
 // Characters outside the page: a one-byte best fit where the system has one, else '?'. Each
 // half of a surrogate pair is a '?' of its own, so the text keeps one byte per UTF-16 unit.
 TEST_F(CodePage, CharactersOutsideThePage) {
-  const struct {
-    std::u16string text;
-    std::string bytes;
-  } cases[] = {
-      {u"\u4E2D", "?"},
-      {u"\U0001F600", "??"},
-      {std::u16string{0xD83D, u'A'}, "?A"},
+  const struct { std::u16string text; std::string bytes; } cases[] = {
+      {u"\u4E2D", "?"}, {u"\U0001F600", "??"}, {std::u16string{0xD83D, u'A'}, "?A"},
       {std::u16string{0xDE00}, "?"},
       {u"\u0100", "A"},  // Latin A with macron
       {u"\u0107", "c"},  // Latin c with acute
@@ -144,34 +139,24 @@ TEST_F(CodePage, BlockEdges) {
   }
 }
 
-TEST_F(CodePage, WideToAnsiAppends) {
+// WideToAnsi appends to what the output holds; no bytes give a null BSTR; a count whose text
+// would not fit a BSTR is refused before any byte is read.
+TEST_F(CodePage, Edges) {
   std::string out = "kept:";
   const std::u16string text = u"\u20AC1";
   ASSERT_TRUE(WideToAnsi(reinterpret_cast<const OLECHAR*>(text.data()), text.size(), out));
   EXPECT_EQ(out, "kept:\x80" "1");
   ASSERT_TRUE(WideToAnsi(reinterpret_cast<const OLECHAR*>(text.data()), 0, out));
   EXPECT_EQ(out, "kept:\x80" "1");
-}
 
-TEST_F(CodePage, NoBytesGiveANullBstr) {
-  BSTR out = SysAllocString(OLESTR("replaced"));
-  BSTR previous = out;
-  EXPECT_EQ(AnsiToBstr("abc", 0, &out), S_OK);
-  EXPECT_EQ(out, nullptr);
-  SysFreeString(previous);
-}
-
-// A count whose text would not fit a BSTR is refused before any byte is read.
-TEST_F(CodePage, CountBeyondABstrIsRefused) {
-  BSTR out = nullptr;
+  const Bstr previous(OLESTR("replaced"));
+  BSTR wide = previous.Get();
+  EXPECT_EQ(AnsiToBstr("abc", 0, &wide), S_OK);
+  EXPECT_EQ(wide, nullptr);
   const char one = 'x';
-  EXPECT_EQ(AnsiToBstr(&one, size_t(INT_MAX) + 1, &out), E_INVALIDARG);
-  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(AnsiToBstr(&one, size_t(INT_MAX) + 1, &wide), E_INVALIDARG);
+  EXPECT_EQ(wide, nullptr);
 }
-
-}  // namespace
-
-namespace {
 
 // A large document is converted with streaming stores from an aligned start; whatever the
 // alignment and wherever the non-ASCII bytes fall, it must read as the same text converted in

@@ -15,240 +15,123 @@ using parcelon::test::MakeBstr;
 // VARIANT_ALPHABOOL: a VT_BOOL becomes "True"/"False" rather than "-1"/"0".
 constexpr USHORT kAlphaBool = 0x2;
 
+// A variant that owns its value.
+struct Var : VARIANT {
+  Var() { VariantInit(this); }
+  explicit Var(const VARIANT& value) : VARIANT(value) {}
+  ~Var() { VariantClear(this); }
+  Var(const Var&) = delete;
+  Var& operator=(const Var&) = delete;
+};
+
+// Source values for the tables; a text one owns its BSTR until a Var takes it over.
+VARIANT Of(VARTYPE vt) {
+  VARIANT v{};
+  v.vt = vt;
+  return v;
+}
+VARIANT I8(LONGLONG value) { VARIANT v = Of(VT_I8); v.llVal = value; return v; }
+VARIANT I4(LONG value) { VARIANT v = Of(VT_I4); v.lVal = value; return v; }
+VARIANT R8(double value) { VARIANT v = Of(VT_R8); v.dblVal = value; return v; }
+VARIANT R4(float value) { VARIANT v = Of(VT_R4); v.fltVal = value; return v; }
+VARIANT Bool(bool value) { VARIANT v = Of(VT_BOOL); v.boolVal = value ? -1 : 0; return v; }
+VARIANT Text(const char* text) { VARIANT v = Of(VT_BSTR); v.bstrVal = MakeBstr(text).Detach(); return v; }
+
 std::string Ascii(BSTR text) {
   std::string out;
   for (UINT i = 0; i < SysStringLen(text); ++i) out.push_back(char(text[i]));
   return out;
 }
 
-// A variant that owns its value.
-struct Var : VARIANT {
-  Var() { VariantInit(this); }
-  ~Var() { VariantClear(this); }
-  Var(const Var&) = delete;
-  Var& operator=(const Var&) = delete;
-
-  void SetText(const std::string& text) {
-    VariantClear(this);
-    vt = VT_BSTR;
-    bstrVal = MakeBstr(text).Detach();
-  }
-};
-
 // The destination holds a marker so that a failed conversion shows whether it was touched.
 constexpr LONG kUntouched = 77;
 
-struct ToI4Result {
-  HRESULT hr;
-  LONG value;
-  VARTYPE vt;
-};
-
-ToI4Result ChangeToI4(VARIANT& source) {
-  Var dest;
-  dest.vt = VT_I4;
-  dest.lVal = kUntouched;
-  const HRESULT hr = VariantChangeType(&dest, &source, 0, VT_I4);
-  return {hr, dest.lVal, dest.vt};
-}
-
-TEST(Variant, I8ToI4InRangeAndOverflow) {
+// Integers in range convert exactly, doubles and text round half to even, text is read with
+// blanks around it and integers in it beyond what a double holds; what does not fit overflows.
+TEST(Variant, ChangeTypeToIntegers) {
   const struct {
-    LONGLONG value;
+    VARIANT source;
+    VARTYPE target;
     HRESULT hr;
-    LONG expected;
+    LONGLONG expected;  // kUntouched when refused
   } cases[] = {
-      {0, S_OK, 0},
-      {123, S_OK, 123},
-      {-123, S_OK, -123},
-      {2147483647LL, S_OK, 2147483647},
-      {-2147483647LL - 1, S_OK, -2147483647 - 1},
-      {2147483648LL, DISP_E_OVERFLOW, kUntouched},
-      {-2147483649LL, DISP_E_OVERFLOW, kUntouched},
-      {INT64_MAX, DISP_E_OVERFLOW, kUntouched},
-      {INT64_MIN, DISP_E_OVERFLOW, kUntouched},
+      {I8(0), VT_I4, S_OK, 0}, {I8(123), VT_I4, S_OK, 123}, {I8(-123), VT_I4, S_OK, -123},
+      {I8(2147483647LL), VT_I4, S_OK, 2147483647}, {I8(-2147483648LL), VT_I4, S_OK, -2147483648LL},
+      {I8(2147483648LL), VT_I4, DISP_E_OVERFLOW, kUntouched},
+      {I8(-2147483649LL), VT_I4, DISP_E_OVERFLOW, kUntouched},
+      {I8(INT64_MAX), VT_I4, DISP_E_OVERFLOW, kUntouched},
+      {I8(INT64_MIN), VT_I4, DISP_E_OVERFLOW, kUntouched}, {R8(2.5), VT_I4, S_OK, 2},
+      {R8(3.5), VT_I4, S_OK, 4}, {R8(-2.5), VT_I4, S_OK, -2}, {R8(0.5), VT_I4, S_OK, 0},
+      {R8(1.5), VT_I4, S_OK, 2}, {R8(-0.5), VT_I4, S_OK, 0}, {R8(2.4999), VT_I4, S_OK, 2},
+      {R8(2147483647.4999), VT_I4, S_OK, 2147483647},
+      {R8(2147483647.5), VT_I4, DISP_E_OVERFLOW, kUntouched},
+      {R8(-2147483648.5), VT_I4, S_OK, -2147483648LL},
+      {R8(-2147483648.6), VT_I4, DISP_E_OVERFLOW, kUntouched},
+      {R8(1e300), VT_I4, DISP_E_OVERFLOW, kUntouched}, {Text("123"), VT_I4, S_OK, 123},
+      {Text(" 123 "), VT_I4, S_OK, 123}, {Text("\t7"), VT_I4, S_OK, 7},
+      {Text("7\t"), VT_I4, S_OK, 7}, {Text("-5"), VT_I4, S_OK, -5}, {Text("+5"), VT_I4, S_OK, 5},
+      {Text("2.5"), VT_I4, S_OK, 2}, {Text("3.5"), VT_I4, S_OK, 4},
+      {Text("1e3"), VT_I4, S_OK, 1000}, {Text("5."), VT_I4, S_OK, 5}, {Text(".5"), VT_I4, S_OK, 0},
+      {Text("1e-400"), VT_I4, S_OK, 0}, {Text("abc"), VT_I4, DISP_E_TYPEMISMATCH, kUntouched},
+      {Text(""), VT_I4, DISP_E_TYPEMISMATCH, kUntouched},
+      {Text("   "), VT_I4, DISP_E_TYPEMISMATCH, kUntouched},
+      {Text("12abc"), VT_I4, DISP_E_TYPEMISMATCH, kUntouched},
+      {Text("0x10"), VT_I4, DISP_E_TYPEMISMATCH, kUntouched},
+      {Text("inf"), VT_I4, DISP_E_TYPEMISMATCH, kUntouched},
+      {Text("nan"), VT_I4, DISP_E_TYPEMISMATCH, kUntouched},
+      {Text("-"), VT_I4, DISP_E_TYPEMISMATCH, kUntouched},
+      {Text("."), VT_I4, DISP_E_TYPEMISMATCH, kUntouched},
+      {Text("1.5e"), VT_I4, DISP_E_TYPEMISMATCH, kUntouched},
+      {Text("2147483648"), VT_I4, DISP_E_OVERFLOW, kUntouched},
+      {Text("9223372036854775807"), VT_I4, DISP_E_OVERFLOW, kUntouched},
+      {Text("1e400"), VT_I4, DISP_E_OVERFLOW, kUntouched},
+      {Text("9007199254740993"), VT_I8, S_OK, 9007199254740993LL},
+      {Text("9223372036854775807"), VT_I8, S_OK, INT64_MAX},
+      {Text("-9223372036854775808"), VT_I8, S_OK, INT64_MIN},
+      {Text("9223372036854775808"), VT_I8, DISP_E_OVERFLOW, kUntouched},
+      {Text("-9223372036854775809"), VT_I8, DISP_E_OVERFLOW, kUntouched},
+      {Bool(true), VT_I4, S_OK, -1}, {Of(VT_EMPTY), VT_I4, S_OK, 0},
+      {Of(VT_NULL), VT_I4, DISP_E_TYPEMISMATCH, kUntouched},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.value);
-    Var source;
-    source.vt = VT_I8;
-    source.llVal = c.value;
-    const ToI4Result result = ChangeToI4(source);
-    EXPECT_EQ(result.hr, c.hr);
-    EXPECT_EQ(result.vt, VT_I4);
-    EXPECT_EQ(result.value, c.expected);
-  }
-}
-
-// Doubles round half to even.
-TEST(Variant, R8ToI4RoundsHalfToEven) {
-  const struct {
-    double value;
-    HRESULT hr;
-    LONG expected;
-  } cases[] = {
-      {2.5, S_OK, 2},
-      {3.5, S_OK, 4},
-      {-2.5, S_OK, -2},
-      {0.5, S_OK, 0},
-      {1.5, S_OK, 2},
-      {-0.5, S_OK, 0},
-      {2.4999, S_OK, 2},
-      {2147483647.4999, S_OK, 2147483647},
-      {2147483647.5, DISP_E_OVERFLOW, kUntouched},
-      {-2147483648.5, S_OK, -2147483647 - 1},
-      {-2147483648.6, DISP_E_OVERFLOW, kUntouched},
-      {1e300, DISP_E_OVERFLOW, kUntouched},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.value);
-    Var source;
-    source.vt = VT_R8;
-    source.dblVal = c.value;
-    const ToI4Result result = ChangeToI4(source);
-    EXPECT_EQ(result.hr, c.hr);
-    EXPECT_EQ(result.value, c.expected);
-  }
-}
-
-TEST(Variant, BstrToI4) {
-  const struct {
-    const char* text;
-    HRESULT hr;
-    LONG expected;
-  } cases[] = {
-      {"123", S_OK, 123},
-      {" 123 ", S_OK, 123},
-      {"\t7", S_OK, 7},
-      {"7\t", S_OK, 7},
-      {"-5", S_OK, -5},
-      {"+5", S_OK, 5},
-      {"2.5", S_OK, 2},
-      {"3.5", S_OK, 4},
-      {"1e3", S_OK, 1000},
-      {"5.", S_OK, 5},
-      {".5", S_OK, 0},
-      {"1e-400", S_OK, 0},
-      {"abc", DISP_E_TYPEMISMATCH, kUntouched},
-      {"", DISP_E_TYPEMISMATCH, kUntouched},
-      {"   ", DISP_E_TYPEMISMATCH, kUntouched},
-      {"12abc", DISP_E_TYPEMISMATCH, kUntouched},
-      {"0x10", DISP_E_TYPEMISMATCH, kUntouched},
-      {"inf", DISP_E_TYPEMISMATCH, kUntouched},
-      {"nan", DISP_E_TYPEMISMATCH, kUntouched},
-      {"-", DISP_E_TYPEMISMATCH, kUntouched},
-      {".", DISP_E_TYPEMISMATCH, kUntouched},
-      {"1.5e", DISP_E_TYPEMISMATCH, kUntouched},
-      {"2147483648", DISP_E_OVERFLOW, kUntouched},
-      {"9223372036854775807", DISP_E_OVERFLOW, kUntouched},
-      {"1e400", DISP_E_OVERFLOW, kUntouched},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string("\"") + c.text + "\"");
-    Var source;
-    source.SetText(c.text);
-    const ToI4Result result = ChangeToI4(source);
-    EXPECT_EQ(result.hr, c.hr);
-    EXPECT_EQ(result.vt, VT_I4);
-    EXPECT_EQ(result.value, c.expected);
-  }
-}
-
-// Integers in text are read exactly, beyond what a double holds.
-TEST(Variant, BstrToI8IsExact) {
-  const struct {
-    const char* text;
-    HRESULT hr;
-    LONGLONG expected;
-  } cases[] = {
-      {"9007199254740993", S_OK, 9007199254740993LL},
-      {"9223372036854775807", S_OK, INT64_MAX},
-      {"-9223372036854775808", S_OK, INT64_MIN},
-      {"9223372036854775808", DISP_E_OVERFLOW, 0},
-      {"-9223372036854775809", DISP_E_OVERFLOW, 0},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    Var source;
-    source.SetText(c.text);
+    Var source(c.source);
+    SCOPED_TRACE(testing::Message() << "type " << source.vt << " "
+                                    << (source.vt == VT_BSTR ? Ascii(source.bstrVal) : ""));
     Var dest;
-    EXPECT_EQ(VariantChangeType(&dest, &source, 0, VT_I8), c.hr);
-    if (c.hr == S_OK) {
-      EXPECT_EQ(dest.vt, VT_I8);
-      EXPECT_EQ(dest.llVal, c.expected);
-    }
+    dest.vt = c.target;
+    dest.llVal = kUntouched;
+    EXPECT_EQ(VariantChangeType(&dest, &source, 0, c.target), c.hr);
+    EXPECT_EQ(dest.vt, c.target);
+    EXPECT_EQ(c.target == VT_I8 ? dest.llVal : dest.lVal, c.expected);
   }
-}
-
-TEST(Variant, ToBstr) {
-  const struct {
-    const char* name;
-    VARTYPE vt;
-    double number;  // as the source type
-    USHORT flags;
-    const char* text;
-  } cases[] = {
-      {"true", VT_BOOL, -1, 0, "-1"},
-      {"false", VT_BOOL, 0, 0, "0"},
-      {"true, alpha", VT_BOOL, -1, kAlphaBool, "True"},
-      {"false, alpha", VT_BOOL, 0, kAlphaBool, "False"},
-      {"i4", VT_I4, -42, 0, "-42"},
-      {"r8 2.5", VT_R8, 2.5, 0, "2.5"},
-      {"r8 0.1", VT_R8, 0.1, 0, "0.1"},
-      {"r8 1e20", VT_R8, 1e20, 0, "1E+20"},
-      {"r8 1/3", VT_R8, 1.0 / 3, 0, "0.333333333333333"},
-      {"r4 0.1", VT_R4, 0.1, 0, "0.1"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    Var source;
-    source.vt = c.vt;
-    if (c.vt == VT_BOOL) source.boolVal = c.number ? VARIANT_TRUE : VARIANT_FALSE;
-    if (c.vt == VT_I4) source.lVal = LONG(c.number);
-    if (c.vt == VT_R8) source.dblVal = c.number;
-    if (c.vt == VT_R4) source.fltVal = float(c.number);
-    Var dest;
-    ASSERT_EQ(VariantChangeType(&dest, &source, c.flags, VT_BSTR), S_OK);
-    ASSERT_EQ(dest.vt, VT_BSTR);
-    EXPECT_EQ(Ascii(dest.bstrVal), c.text);
-  }
-}
-
-TEST(Variant, BoolAndEmptyAndNull) {
-  Var source;
-  source.vt = VT_BOOL;
-  source.boolVal = VARIANT_TRUE;
-  EXPECT_EQ(ChangeToI4(source).value, -1);
-
-  Var five;
-  five.vt = VT_I4;
-  five.lVal = 5;
+  Var five(I4(5));
   Var flag;
   ASSERT_EQ(VariantChangeType(&flag, &five, 0, VT_BOOL), S_OK);
   EXPECT_EQ(flag.vt, VT_BOOL);
   EXPECT_EQ(flag.boolVal, VARIANT_TRUE);
-
-  Var empty;
-  const ToI4Result zero = ChangeToI4(empty);
-  EXPECT_EQ(zero.hr, S_OK);
-  EXPECT_EQ(zero.value, 0);
-  Var emptyText;
-  ASSERT_EQ(VariantChangeType(&emptyText, &empty, 0, VT_BSTR), S_OK);
-  EXPECT_EQ(emptyText.vt, VT_BSTR);
-  EXPECT_NE(emptyText.bstrVal, nullptr);
-  EXPECT_EQ(SysStringLen(emptyText.bstrVal), 0u);
-
-  Var null;
-  null.vt = VT_NULL;
-  EXPECT_EQ(ChangeToI4(null).hr, DISP_E_TYPEMISMATCH);
-}
-
-TEST(Variant, ChangeTypeInPlaceReplacesTheText) {
-  Var v;
-  v.SetText("42");
+  // In place, the text is replaced.
+  Var v(Text("42"));
   ASSERT_EQ(VariantChangeType(&v, &v, 0, VT_I4), S_OK);
   EXPECT_EQ(v.vt, VT_I4);
   EXPECT_EQ(v.lVal, 42);
+}
+
+TEST(Variant, ChangeTypeToBstr) {
+  const struct { VARIANT source; USHORT flags; const char* text; } cases[] = {
+      {Bool(true), 0, "-1"}, {Bool(false), 0, "0"}, {Bool(true), kAlphaBool, "True"},
+      {Bool(false), kAlphaBool, "False"}, {I4(-42), 0, "-42"}, {R8(2.5), 0, "2.5"},
+      {R8(0.1), 0, "0.1"}, {R8(1e20), 0, "1E+20"}, {R8(1.0 / 3), 0, "0.333333333333333"},
+      {R4(0.1f), 0, "0.1"}, {Of(VT_EMPTY), 0, ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    Var source(c.source);
+    Var dest;
+    ASSERT_EQ(VariantChangeType(&dest, &source, c.flags, VT_BSTR), S_OK);
+    ASSERT_EQ(dest.vt, VT_BSTR);
+    EXPECT_NE(dest.bstrVal, nullptr);
+    EXPECT_EQ(Ascii(dest.bstrVal), c.text);
+  }
 }
 
 // Counts references, so that clearing and copying can be watched.
@@ -262,58 +145,45 @@ struct CountedUnknown : IUnknown {
   ULONG STDMETHODCALLTYPE Release() override { return --references; }
 };
 
-TEST(Variant, ClearFreesTheTextAndReleasesTheObject) {
-  Var text;
-  text.SetText("to be freed");
+TEST(Variant, ClearAndCopyTakeCareOfReferences) {
+  Var text(Text("to be freed"));
   ASSERT_EQ(VariantClear(&text), S_OK);
   EXPECT_EQ(text.vt, VT_EMPTY);
 
   CountedUnknown object;
-  Var holder;
-  holder.vt = VT_UNKNOWN;
-  holder.punkVal = &object;
-  object.AddRef();
-  ASSERT_EQ(VariantClear(&holder), S_OK);
-  EXPECT_EQ(holder.vt, VT_EMPTY);
-  EXPECT_EQ(object.references, 1u);
-}
-
-TEST(Variant, CopyIsDeep) {
-  Var source;
-  source.vt = VT_BSTR;
-  source.bstrVal = SysAllocStringByteLen("a\0bcd", 5);  // an embedded zero, an odd byte count
-  Var copy;
-  copy.SetText("replaced, and freed by the copy");
-  ASSERT_EQ(VariantCopy(&copy, &source), S_OK);
-  ASSERT_EQ(copy.vt, VT_BSTR);
-  EXPECT_NE(copy.bstrVal, source.bstrVal);
-  EXPECT_EQ(SysStringByteLen(copy.bstrVal), 5u);
-  EXPECT_EQ(std::string(reinterpret_cast<const char*>(copy.bstrVal), 5), std::string("a\0bcd", 5));
-  VariantClear(&source);
-  EXPECT_EQ(std::string(reinterpret_cast<const char*>(copy.bstrVal), 5), std::string("a\0bcd", 5));
-
-  // A null text copies as an empty one (null, or an empty string as oleaut32 gives).
-  Var nullText;
-  nullText.vt = VT_BSTR;
-  Var nullCopy;
-  ASSERT_EQ(VariantCopy(&nullCopy, &nullText), S_OK);
-  EXPECT_EQ(nullCopy.vt, VT_BSTR);
-  EXPECT_EQ(SysStringLen(nullCopy.bstrVal), 0u);
-}
-
-TEST(Variant, CopyAddsAReference) {
-  CountedUnknown object;
   {
-    Var holder;
-    holder.vt = VT_UNKNOWN;
+    Var holder(Of(VT_UNKNOWN));
     holder.punkVal = &object;
     object.AddRef();
     Var copy;
     ASSERT_EQ(VariantCopy(&copy, &holder), S_OK);
     EXPECT_EQ(copy.punkVal, &object);
     EXPECT_EQ(object.references, 3u);
+    ASSERT_EQ(VariantClear(&holder), S_OK);
+    EXPECT_EQ(holder.vt, VT_EMPTY);
+    EXPECT_EQ(object.references, 2u);
   }
   EXPECT_EQ(object.references, 1u);
+}
+
+TEST(Variant, CopyIsDeep) {
+  Var source(Of(VT_BSTR));
+  source.bstrVal = SysAllocStringByteLen("a\0bcd", 5);  // an embedded zero, an odd byte count
+  Var copy(Text("replaced, and freed by the copy"));
+  ASSERT_EQ(VariantCopy(&copy, &source), S_OK);
+  ASSERT_EQ(copy.vt, VT_BSTR);
+  EXPECT_NE(copy.bstrVal, source.bstrVal);
+  EXPECT_EQ(SysStringByteLen(copy.bstrVal), 5u);
+  VariantClear(&source);
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(copy.bstrVal), 5), std::string("a\0bcd", 5));
+
+  // A null text copies as an empty one (null, or an empty string as oleaut32 gives).
+  Var nullText(Of(VT_BSTR));
+  nullText.bstrVal = nullptr;
+  Var nullCopy;
+  ASSERT_EQ(VariantCopy(&nullCopy, &nullText), S_OK);
+  EXPECT_EQ(nullCopy.vt, VT_BSTR);
+  EXPECT_EQ(SysStringLen(nullCopy.bstrVal), 0u);
 }
 
 }  // namespace

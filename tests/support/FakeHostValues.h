@@ -1,4 +1,5 @@
-// Hand-written fakes of the host's value objects (amounts, addresses) for toolkit tests.
+// Hand-written fakes of the host's value objects (amounts, percents, quantities, addresses) for
+// toolkit tests.
 #pragma once
 
 #include <array>
@@ -40,9 +41,38 @@ class FakeComObject : public Interface {
   bool heap_ = false;
 };
 
-class FakeAmount : public FakeComObject<IAmount> {
+// A fake whose answers come from public fields; the operation named in `failing` returns
+// `failure` instead, as a failing host call would. Every host value can be empty.
+template <class Interface>
+class FakeHostValue : public FakeComObject<Interface> {
  public:
-  explicit FakeAmount(std::string text) : text_(std::move(text)) { OnHeap(); }
+  HRESULT STDMETHODCALLTYPE IsEmpty(VARIANT_BOOL* out) override {
+    return Answer("IsEmpty", out, Flag(empty));
+  }
+
+  std::string failing;
+  HRESULT failure = E_FAIL;
+  bool empty = false;
+
+ protected:
+  template <class T, class U>
+  HRESULT Answer(const char* operation, T* out, U value) {
+    if (failing == operation) return failure;
+    *out = value;
+    return S_OK;
+  }
+  static VARIANT_BOOL Flag(bool value) { return value ? VARIANT_TRUE : VARIANT_FALSE; }
+};
+
+// Built from text it lives on the heap and stands for a host amount read by its text; built
+// without, it is a stack value read by its parts.
+class FakeAmount : public FakeHostValue<IAmount> {
+ public:
+  FakeAmount() = default;
+  explicit FakeAmount(std::string text) : text_(std::move(text)) {
+    empty = text_.empty();
+    OnHeap();
+  }
   HRESULT STDMETHODCALLTYPE Prepare(LONG mode) override {
     prepareMode = mode;
     return prepareResult;
@@ -52,33 +82,51 @@ class FakeAmount : public FakeComObject<IAmount> {
     *text = MakeBstr(text_).Detach();
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE IsEmpty(VARIANT_BOOL* empty) override {
-    *empty = text_.empty() ? VARIANT_TRUE : VARIANT_FALSE;
-    return S_OK;
+  HRESULT STDMETHODCALLTYPE IsValid(VARIANT_BOOL* out) override {
+    return Answer("IsValid", out, Flag(valid));
   }
-  HRESULT STDMETHODCALLTYPE IsValid(VARIANT_BOOL* valid) override {
-    *valid = VARIANT_TRUE;
-    return S_OK;
+  HRESULT STDMETHODCALLTYPE GetWhole(LONGLONG* out) override { return Answer("GetWhole", out, whole); }
+  HRESULT STDMETHODCALLTYPE GetHundredths(LONG* out) override {
+    return Answer("GetHundredths", out, hundredths);
   }
-  HRESULT STDMETHODCALLTYPE GetWhole(LONGLONG* whole) override {
-    *whole = 0;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE GetHundredths(LONG* hundredths) override {
-    *hundredths = 0;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE IsNegative(VARIANT_BOOL* negative) override {
-    *negative = VARIANT_FALSE;
-    return S_OK;
+  HRESULT STDMETHODCALLTYPE IsNegative(VARIANT_BOOL* out) override {
+    return Answer("IsNegative", out, Flag(negative));
   }
 
   LONG prepareMode = 0;
   HRESULT prepareResult = S_OK;
   HRESULT textResult = S_OK;
+  bool valid = true;
+  LONGLONG whole = 0;
+  LONG hundredths = 0;
+  bool negative = false;
 
  private:
   std::string text_;
+};
+
+class FakePercent : public FakeHostValue<IPercent> {
+ public:
+  HRESULT STDMETHODCALLTYPE GetValue(double* out) override { return Answer("GetValue", out, value); }
+
+  double value = 0;
+};
+
+class FakeQuantity : public FakeHostValue<IQuantity> {
+ public:
+  HRESULT STDMETHODCALLTYPE IsValid(VARIANT_BOOL* out) override {
+    return Answer("IsValid", out, Flag(valid));
+  }
+  HRESULT STDMETHODCALLTYPE GetInteger(LONGLONG* out) override { return Answer("GetInteger", out, integer); }
+  HRESULT STDMETHODCALLTYPE GetDecimals(SHORT* out) override { return Answer("GetDecimals", out, decimals); }
+  HRESULT STDMETHODCALLTYPE IsNegative(VARIANT_BOOL* out) override {
+    return Answer("IsNegative", out, Flag(negative));
+  }
+
+  bool valid = true;
+  LONGLONG integer = 0;
+  SHORT decimals = 0;
+  bool negative = false;
 };
 
 class FakeAddress : public FakeComObject<IAddress> {
