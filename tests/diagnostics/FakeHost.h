@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -20,11 +21,17 @@
 
 namespace parcelon::test {
 
-// The line end of a text-mode file on this target.
+// The line end of a text-mode file on this target, and the user's folders for settings and state.
 #ifdef _WIN32
 inline constexpr const char* kEol = "\r\n";
+inline constexpr const char* kConfigVariable = "APPDATA";
+inline constexpr const char* kStateVariable = "LOCALAPPDATA";
+inline constexpr const char* kUserFolder = "Parcelon";
 #else
 inline constexpr const char* kEol = "\n";
+inline constexpr const char* kConfigVariable = "XDG_CONFIG_HOME";
+inline constexpr const char* kStateVariable = "XDG_STATE_HOME";
+inline constexpr const char* kUserFolder = "parcelon";
 #endif
 
 // `text` with each "\n" written as this target's text-mode line end.
@@ -45,12 +52,8 @@ inline std::string ToAnsi(BSTR text) {
   return out;
 }
 
-// A COM object that the test owns: counts references but never deletes itself.
-template <class Interface>
-using FakeObject = parcelon::test::FakeComObject<Interface>;
-
 // Hands out one existing object.
-class FakeClassFactory : public FakeObject<IClassFactory> {
+class FakeClassFactory : public FakeComObject<IClassFactory> {
  public:
   explicit FakeClassFactory(IUnknown* object) : object_(object) {}
   HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override {
@@ -79,7 +82,7 @@ class ScopedClass {
   DWORD cookie_ = 0;
 };
 
-class FakeFolderLocator : public FakeObject<IFolderLocator> {
+class FakeFolderLocator : public FakeComObject<IFolderLocator> {
  public:
   HRESULT STDMETHODCALLTYPE GetFolder(LONG kind, BSTR* folder) override {
     kinds.push_back(kind);
@@ -92,7 +95,7 @@ class FakeFolderLocator : public FakeObject<IFolderLocator> {
   std::vector<LONG> kinds;
 };
 
-class FakeFolderService : public FakeObject<IFolderService> {
+class FakeFolderService : public FakeComObject<IFolderService> {
  public:
   HRESULT STDMETHODCALLTYPE GetFolderLocator(IFolderLocator** out) override {
     locator.AddRef();
@@ -102,7 +105,7 @@ class FakeFolderService : public FakeObject<IFolderService> {
   FakeFolderLocator locator;
 };
 
-class FakeMessageBox : public FakeObject<IMessageBoxService> {
+class FakeMessageBox : public FakeComObject<IMessageBoxService> {
  public:
   struct Shown {
     std::string text;
@@ -119,7 +122,7 @@ class FakeMessageBox : public FakeObject<IMessageBoxService> {
 };
 
 // Maps the paths of its table, and every other path to itself.
-class FakeFileRedirection : public FakeObject<IFileRedirectionService> {
+class FakeFileRedirection : public FakeComObject<IFileRedirectionService> {
  public:
   HRESULT STDMETHODCALLTYPE MapPath(BSTR path, BSTR* mapped) override {
     if (FAILED(result)) return result;
@@ -235,23 +238,10 @@ class DiagnosticsTest : public ::testing::Test {
 };
 
 inline bool DiagnosticsTest::IsCtimeStamp(const std::string& stamp) {
-  static const std::vector<std::string> days = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-  static const std::vector<std::string> months = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                  "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-  const auto digits = [&stamp](size_t at, size_t count) {
-    for (size_t i = at; i < at + count; ++i)
-      if (stamp[i] < '0' || stamp[i] > '9') return false;
-    return true;
-  };
-  const auto contains = [](const std::vector<std::string>& names, const std::string& name) {
-    for (const auto& n : names)
-      if (n == name) return true;
-    return false;
-  };
-  return stamp.size() == 24 && contains(days, stamp.substr(0, 3)) && stamp[3] == ' ' &&
-         contains(months, stamp.substr(4, 3)) && stamp[7] == ' ' && digits(8, 2) &&
-         stamp[10] == ' ' && digits(11, 2) && stamp[13] == ':' && digits(14, 2) &&
-         stamp[16] == ':' && digits(17, 2) && stamp[19] == ' ' && digits(20, 4);
+  static const std::regex ctime(
+      "(Sun|Mon|Tue|Wed|Thu|Fri|Sat) (Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec) "
+      "[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} [0-9]{4}");
+  return std::regex_match(stamp, ctime);
 }
 
 }  // namespace parcelon::test

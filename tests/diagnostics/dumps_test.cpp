@@ -1,7 +1,10 @@
+// The diagnostic dumps of attachments and response cookies: their switches, file names, and the
+// log lines of dumps that cannot be written.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -41,32 +44,25 @@ TEST_F(DumpsTest, SwitchedOffWritesNothing) {
   EXPECT_FALSE(FileExists(LogPath()));
 }
 
-struct NameCase {
-  long formType;
-  const char* extension;
-  const char* name;
-};
-
-class AttachmentNameTest : public DiagnosticsTest, public ::testing::WithParamInterface<NameCase> {};
-
-TEST_P(AttachmentNameTest, FixedNameTellsTypeAndExtension) {
+TEST_F(DumpsTest, FixedNameTellsTypeAndExtension) {
   WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n");
-  EXPECT_EQ(S_OK, DumpAttachment(kPdf.data(), kPdf.size(), GetParam().formType, GetParam().extension));
-  EXPECT_EQ(std::vector<std::string>{GetParam().name}, FileNames(TempPath()));
-  EXPECT_EQ(kPdf, ReadFile(TempPath() + GetParam().name));
+  const struct {
+    long formType;
+    const char* extension;
+    const char* name;
+  } cases[] = {
+      {1, "pdf", "na2003_Invoice.pdf"},    {2, "pdf", "na2003_Estimate.pdf"},   {3, "pdf", "na2003_Statement.pdf"},
+      {0, "pdf", "na2003_Attachment.pdf"}, {4, "pdf", "na2003_Attachment.pdf"}, {-1, "pdf", "na2003_Attachment.pdf"},
+      {1, "", "na2003_Invoice.pdf"},       {1, nullptr, "na2003_Invoice.pdf"},  {2, "doc", "na2003_Estimate.doc"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    for (const std::string& name : FileNames(TempPath())) std::remove((TempPath() + name).c_str());
+    EXPECT_EQ(S_OK, DumpAttachment(kPdf.data(), kPdf.size(), c.formType, c.extension));
+    EXPECT_EQ(std::vector<std::string>{c.name}, FileNames(TempPath()));
+    EXPECT_EQ(kPdf, ReadFile(TempPath() + c.name));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Types, AttachmentNameTest,
-    ::testing::Values(NameCase{1, "pdf", "na2003_Invoice.pdf"},
-                      NameCase{2, "pdf", "na2003_Estimate.pdf"},
-                      NameCase{3, "pdf", "na2003_Statement.pdf"},
-                      NameCase{0, "pdf", "na2003_Attachment.pdf"},
-                      NameCase{4, "pdf", "na2003_Attachment.pdf"},
-                      NameCase{-1, "pdf", "na2003_Attachment.pdf"},
-                      NameCase{1, "", "na2003_Invoice.pdf"},
-                      NameCase{1, nullptr, "na2003_Invoice.pdf"},
-                      NameCase{2, "doc", "na2003_Estimate.doc"}));
 
 TEST_F(DumpsTest, FixedNameIsOverwritten) {
   WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n");
@@ -129,52 +125,35 @@ TEST_F(DumpsTest, EachSwitchTurnsOnItsOwnDump) {
   EXPECT_TRUE(FileNames(TempPath()).empty());
 }
 
-struct FailureCase {
-  const char* settings;
-  bool attachment;
-  const char* entry;
-};
-
-class DumpFailureTest : public DiagnosticsTest, public ::testing::WithParamInterface<FailureCase> {
- protected:
-  HRESULT Dump() {
-    return GetParam().attachment ? DumpAttachment(kPdf.data(), kPdf.size(), 1, "pdf")
-                                 : DumpResponseHeaderCookie("messageid=42");
-  }
-};
-
-TEST_P(DumpFailureTest, UnwritableTemporaryFolderIsLogged) {
-  WriteSettings(GetParam().settings);
+TEST_F(DumpsTest, UnwritableTemporaryFolderIsLogged) {
   WriteFile(scratch_.File("blocker"), "");
   ScopedEnv temp("TEMP", (scratch_.File("blocker") + kPathSeparator + "temp").c_str());
   ScopedEnv tmp("TMP", (scratch_.File("blocker") + kPathSeparator + "temp").c_str());
-  EXPECT_EQ(E_FAIL, Dump());
-  EXPECT_EQ(std::vector<std::string>{GetParam().entry}, LogEntries());
+  const std::string attachment = "Unable to open attachment dump file  HRESULT=0x80004005";
+  const std::string cookie = "Unable to open response header cookie dump file  HRESULT=0x80004005";
+  const struct {
+    bool attachment;
+    const char* moreSettings;
+    std::string entry;
+  } cases[] = {
+      {true, "", attachment},
+      {true, "NetworkAdapter.DoNotOverwriteDump=1\n", attachment},
+      {true, "NetworkAdapter.EnableLogContext=1\n", "Parcelon:CNA_Forms::DumpAttachment: " + attachment},
+      {false, "", cookie},
+      {false, "NetworkAdapter.DoNotOverwriteDump=1\n", cookie},
+      {false, "NetworkAdapter.EnableLogContext=1\n",
+       "NetworkAdapterManager:CNetworkAdapter::DumpResponseHeaderCookie: " + cookie},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.entry + " " + c.moreSettings);
+    std::remove(LogPath().c_str());
+    WriteSettings(std::string("[ZPSSettings]\nNetworkAdapter.") +
+                  (c.attachment ? "DumpAttachment" : "DumpResponseHeaderCookie") + "=1\n" + c.moreSettings);
+    EXPECT_EQ(E_FAIL, c.attachment ? DumpAttachment(kPdf.data(), kPdf.size(), 1, "pdf")
+                                   : DumpResponseHeaderCookie("messageid=42"));
+    EXPECT_EQ(std::vector<std::string>{c.entry}, LogEntries());
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Switches, DumpFailureTest,
-    ::testing::Values(
-        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n", true,
-                    "Unable to open attachment dump file  HRESULT=0x80004005"},
-        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n"
-                    "NetworkAdapter.DoNotOverwriteDump=1\n",
-                    true, "Unable to open attachment dump file  HRESULT=0x80004005"},
-        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n"
-                    "NetworkAdapter.EnableLogContext=1\n",
-                    true,
-                    "Parcelon:CNA_Forms::DumpAttachment: Unable to open attachment dump file  "
-                    "HRESULT=0x80004005"},
-        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpResponseHeaderCookie=1\n", false,
-                    "Unable to open response header cookie dump file  HRESULT=0x80004005"},
-        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpResponseHeaderCookie=1\n"
-                    "NetworkAdapter.DoNotOverwriteDump=1\n",
-                    false, "Unable to open response header cookie dump file  HRESULT=0x80004005"},
-        FailureCase{"[ZPSSettings]\nNetworkAdapter.DumpResponseHeaderCookie=1\n"
-                    "NetworkAdapter.EnableLogContext=1\n",
-                    false,
-                    "NetworkAdapterManager:CNetworkAdapter::DumpResponseHeaderCookie: Unable to "
-                    "open response header cookie dump file  HRESULT=0x80004005"}));
 
 TEST_F(DumpsTest, DumpGoesThroughTheHostsFileRedirection) {
   WithFileRedirection();

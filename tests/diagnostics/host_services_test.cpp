@@ -1,3 +1,4 @@
+// The host's message box and file redirection services as the diagnostics use them.
 #include <gtest/gtest.h>
 
 #include <string>

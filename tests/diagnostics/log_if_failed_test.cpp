@@ -1,5 +1,7 @@
+// The logging return macros: what a builder writes, returns and logs when a host call fails.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <new>
 #include <string>
 #include <vector>
@@ -35,38 +37,29 @@ HRESULT BuildTerms(HostCall& name, HostCall& days, std::vector<std::string>& wri
   return S_OK;
 }
 
-TEST_F(LogIfFailedTest, SuccessWritesEverythingAndLogsNothing) {
-  HostCall name{S_OK};
-  HostCall days{S_FALSE};
-  std::vector<std::string> written;
-  EXPECT_EQ(S_OK, BuildTerms(name, days, written));
-  EXPECT_EQ((std::vector<std::string>{"Name", "DueDays", "End"}), written);
-  EXPECT_EQ(1, name.calls);
-  EXPECT_EQ(1, days.calls);
-  EXPECT_FALSE(FileExists(LogPath()));
-}
-
-TEST_F(LogIfFailedTest, FailedRequiredValueIsLoggedOnceAndReturned) {
-  HostCall name{E_POINTER};
-  HostCall days{S_OK};
-  std::vector<std::string> written;
-  EXPECT_EQ(E_POINTER, BuildTerms(name, days, written));
-  EXPECT_TRUE(written.empty());
-  EXPECT_EQ(1, name.calls);
-  EXPECT_EQ(0, days.calls);
-  EXPECT_EQ(std::vector<std::string>{"Failed to get terms name.  HRESULT=0x80004003"}, LogEntries());
-}
-
-TEST_F(LogIfFailedTest, FailedOptionalValueIsLoggedAndSkipped) {
-  HostCall name{S_OK};
-  HostCall days{E_FAIL};
-  std::vector<std::string> written;
-  EXPECT_EQ(S_OK, BuildTerms(name, days, written));
-  EXPECT_EQ((std::vector<std::string>{"Name", "End"}), written);
-  EXPECT_EQ(1, days.calls);
-  EXPECT_EQ(std::vector<std::string>{
-                "Failed to get due days.  Skipping this optional element.  HRESULT=0x80004005"},
-            LogEntries());
+// A failed required value is logged once and returned; a failed optional one is logged and skipped.
+TEST_F(LogIfFailedTest, FailuresAreLoggedAndReturnedOrSkipped) {
+  const struct {
+    HRESULT name, days, returned;
+    int daysCalls;
+    std::vector<std::string> written, entries;
+  } cases[] = {
+      {S_OK, S_FALSE, S_OK, 1, {"Name", "DueDays", "End"}, {}},
+      {E_POINTER, S_OK, E_POINTER, 0, {}, {"Failed to get terms name.  HRESULT=0x80004003"}},
+      {S_OK, E_FAIL, S_OK, 1, {"Name", "End"},
+       {"Failed to get due days.  Skipping this optional element.  HRESULT=0x80004005"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << std::hex << c.name << " " << c.days);
+    std::remove(LogPath().c_str());
+    HostCall name{c.name}, days{c.days};
+    std::vector<std::string> written;
+    EXPECT_EQ(c.returned, BuildTerms(name, days, written));
+    EXPECT_EQ(c.written, written);
+    EXPECT_EQ(1, name.calls);
+    EXPECT_EQ(c.daysCalls, days.calls);
+    EXPECT_EQ(c.entries, LogEntries());
+  }
 }
 
 HRESULT Unexpected(HRESULT hr) {

@@ -1,7 +1,10 @@
+// The failure log: the layout of its entries, where it goes, its rotation, and what shows the
+// entry when the log cannot be written.
 #include <gtest/gtest.h>
 
 #include <ctime>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "diagnostics/Logger.h"
@@ -37,31 +40,16 @@ TEST_F(LoggerTest, ContextSwitchPutsThePrefixFirst) {
   EXPECT_EQ(expected, LogEntries());
 }
 
-struct HresultCase {
-  HRESULT hr;
-  const char* text;
-};
-
-class LoggerHresultTest : public DiagnosticsTest, public ::testing::WithParamInterface<HresultCase> {};
-
-TEST_P(LoggerHresultTest, HresultIsWrittenAsShortLowercaseHex) {
-  CNALogger::Log(kPrefix, "Message", GetParam().hr);
-  EXPECT_EQ(std::vector<std::string>{std::string("Message  HRESULT=") + GetParam().text},
-            LogEntries());
-}
-
-INSTANTIATE_TEST_SUITE_P(Codes, LoggerHresultTest,
-                         ::testing::Values(HresultCase{S_OK, "0"}, HresultCase{S_FALSE, "0x1"},
-                                           HresultCase{E_FAIL, "0x80004005"},
-                                           HresultCase{E_OUTOFMEMORY, "0x8007000e"},
-                                           HresultCase{HRESULT(0x80049001), "0x80049001"},
-                                           HresultCase{HRESULT(0xFFFFFFFF), "0xffffffff"}));
-
-TEST_F(LoggerTest, EntriesAreAppended) {
-  CNALogger::Log(kPrefix, "First", E_FAIL);
-  CNALogger::Log(kPrefix, "Second", S_OK);
-  const std::vector<std::string> expected = {"First  HRESULT=0x80004005", "Second  HRESULT=0"};
-  EXPECT_EQ(expected, LogEntries());
+TEST_F(LoggerTest, HresultIsWrittenAsShortLowercaseHex) {
+  const std::pair<HRESULT, const char*> cases[] = {
+      {S_OK, "0"}, {S_FALSE, "0x1"}, {E_FAIL, "0x80004005"}, {E_OUTOFMEMORY, "0x8007000e"},
+      {HRESULT(0x80049001), "0x80049001"}, {HRESULT(0xFFFFFFFF), "0xffffffff"}};
+  std::vector<std::string> expected;
+  for (const auto& [hr, text] : cases) {
+    CNALogger::Log(kPrefix, "Message", hr);
+    expected.push_back(std::string("Message  HRESULT=") + text);
+  }
+  EXPECT_EQ(expected, LogEntries()) << "entries are appended";
 }
 
 TEST_F(LoggerTest, LongMessageIsCutToTheEntryBound) {
@@ -82,38 +70,28 @@ TEST_F(LoggerTest, NullTextsLogAsEmpty) {
   EXPECT_EQ(std::vector<std::string>{"  HRESULT=0x80004005"}, LogEntries());
 }
 
-struct RotationCase {
-  size_t size;
-  bool rotated;
-};
-
-class LoggerRotationTest : public DiagnosticsTest,
-                           public ::testing::WithParamInterface<RotationCase> {};
-
-TEST_P(LoggerRotationTest, LogBeyond50000BytesBecomesTheOldLog) {
+TEST_F(LoggerTest, LogBeyond50000BytesBecomesTheOldLog) {
   ASSERT_TRUE(CreateFolders(LogFolder()));
-  const std::string old(GetParam().size, 'x');
-  WriteFile(LogPath(), old);
-  WriteFile(OldLogPath(), "previous generation");
-
-  CNALogger::Log(kPrefix, "Entry", E_FAIL);
-
-  const std::string text = ReadFile(LogPath());
   const std::string entry = WithEol("   Entry  HRESULT=0x80004005\n");
-  if (GetParam().rotated) {
-    EXPECT_EQ(old, ReadFile(OldLogPath()));
-    EXPECT_EQ(24 + std::string(kEol).size() + entry.size(), text.size());
-  } else {
-    EXPECT_EQ("previous generation", ReadFile(OldLogPath()));
-    EXPECT_EQ(old, text.substr(0, old.size()));
-  }
-  EXPECT_EQ(entry, text.substr(text.size() - entry.size()));
-}
+  for (const size_t size : {0, 49999, 50000, 50001, 70000}) {
+    SCOPED_TRACE(size);
+    const bool rotated = size > 50000;
+    const std::string old(size, 'x');
+    WriteFile(LogPath(), old);
+    WriteFile(OldLogPath(), "previous generation");
 
-INSTANTIATE_TEST_SUITE_P(Sizes, LoggerRotationTest,
-                         ::testing::Values(RotationCase{0, false}, RotationCase{49999, false},
-                                           RotationCase{50000, false}, RotationCase{50001, true},
-                                           RotationCase{70000, true}));
+    CNALogger::Log(kPrefix, "Entry", E_FAIL);
+
+    const std::string text = ReadFile(LogPath());
+    EXPECT_EQ(rotated ? old : "previous generation", ReadFile(OldLogPath()));
+    if (rotated) {
+      EXPECT_EQ(24 + std::string(kEol).size() + entry.size(), text.size());
+    } else {
+      EXPECT_EQ(old, text.substr(0, old.size()));
+    }
+    EXPECT_EQ(entry, text.substr(text.size() - entry.size()));
+  }
+}
 
 TEST_F(LoggerTest, RotationWithoutOldLogKeepsTheLogAsOldLog) {
   ASSERT_TRUE(CreateFolders(LogFolder()));
@@ -154,25 +132,6 @@ TEST_F(LoggerTest, PlainTextIsCutToTheEntryBound) {
   EXPECT_EQ(std::string(1023, 't') + "  ", text.substr(0, 1025));
 }
 
-TEST_F(LoggerTest, HostFolderWithoutSeparatorIsCreatedLevelByLevel) {
-  const std::string folder =
-      scratch_.File("host") + kPathSeparator + "nested" + kPathSeparator + "logs";
-  folders_.locator.folder = folder;
-  CNALogger::Log(kPrefix, "Entry", E_FAIL);
-
-  EXPECT_EQ(std::vector<LONG>{2}, folders_.locator.kinds);
-  const std::string text = ReadFile(folder + kPathSeparator + "NALog.log");
-  EXPECT_NE(std::string::npos, text.find("   Entry  HRESULT=0x80004005"));
-  EXPECT_FALSE(FileExists(LogPath()));
-}
-
-TEST_F(LoggerTest, HostFolderWithSeparatorGetsNoSecondOne) {
-  folders_.locator.folder = scratch_.File("host") + "/";
-  CNALogger::Log(kPrefix, "Entry", E_FAIL);
-  EXPECT_TRUE(FileExists(scratch_.File("host") + "/NALog.log"));
-  EXPECT_TRUE(messageBoxes_.shown.empty());
-}
-
 TEST_F(LoggerTest, PathsAreSetUpOnceUntilReset) {
   CNALogger::Log(kPrefix, "First", E_FAIL);
   folders_.locator.folder = scratch_.File("elsewhere");
@@ -185,38 +144,35 @@ TEST_F(LoggerTest, PathsAreSetUpOnceUntilReset) {
   EXPECT_TRUE(FileExists(scratch_.File("elsewhere") + kPathSeparator + "NALog.log"));
 }
 
-#ifdef _WIN32
-constexpr const char* kStateVariable = "LOCALAPPDATA";
-constexpr const char* kStateFolder = "Parcelon";
-#else
-constexpr const char* kStateVariable = "XDG_STATE_HOME";
-constexpr const char* kStateFolder = "parcelon";
-#endif
-
-TEST_F(LoggerTest, WithoutHostFolderServiceTheUserStateFolderIsUsed) {
-  WithoutFolderService();
+// The log goes to the host's folder (made level by level, given a separator only when it has
+// none); without one, to the user's state folder.
+TEST_F(LoggerTest, LogGoesToTheHostsFolderOrTheUserStateFolder) {
   ScopedEnv state(kStateVariable, scratch_.File("state").c_str());
-  CNALogger::Log(kPrefix, "Entry", E_FAIL);
-  const std::string text = ReadFile(scratch_.File("state") + kPathSeparator + kStateFolder +
-                                    kPathSeparator + "NALog.log");
-  EXPECT_NE(std::string::npos, text.find("   Entry  HRESULT=0x80004005"));
-}
-
-TEST_F(LoggerTest, FailingOrEmptyHostFolderFallsBackToTheUserStateFolder) {
-  ScopedEnv state(kStateVariable, scratch_.File("state").c_str());
-  const std::string log =
-      scratch_.File("state") + kPathSeparator + kStateFolder + kPathSeparator + "NALog.log";
-  folders_.locator.result = E_FAIL;
-  CNALogger::Log(kPrefix, "Failing", E_FAIL);
-  EXPECT_TRUE(FileExists(log));
-
-  std::filesystem::remove(log);
-  CNALogger::ResetForTesting();
-  folders_.locator.result = S_OK;
-  folders_.locator.folder = "";
-  CNALogger::Log(kPrefix, "Empty", E_FAIL);
-  EXPECT_TRUE(FileExists(log));
+  const std::string stateLog = scratch_.File("state") + kPathSeparator + kUserFolder + kPathSeparator + "NALog.log";
+  const std::string nested = scratch_.File("host") + kPathSeparator + "nested" + kPathSeparator + "logs";
+  const struct {
+    const char* what;
+    std::function<void()> setUp;
+    std::string log;
+  } cases[] = {
+      {"host folder", [&] { folders_.locator.folder = nested; }, nested + kPathSeparator + "NALog.log"},
+      {"host folder with its separator", [&] { folders_.locator.folder = scratch_.File("host") + "/"; },
+       scratch_.File("host") + "/NALog.log"},
+      {"failing host folder", [&] { folders_.locator.result = E_FAIL; }, stateLog},
+      {"empty host folder", [&] { folders_.locator.result = S_OK, folders_.locator.folder = ""; }, stateLog},
+      {"no folder service", [&] { WithoutFolderService(); }, stateLog},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    c.setUp();
+    CNALogger::ResetForTesting();
+    CNALogger::Log(kPrefix, c.what, E_FAIL);
+    EXPECT_EQ(WithEol(std::string("\n   ") + c.what + "  HRESULT=0x80004005\n"), ReadFile(c.log).substr(24));
+    std::filesystem::remove(c.log);
+  }
+  EXPECT_EQ((std::vector<LONG>{2, 2, 2, 2}), folders_.locator.kinds);
   EXPECT_FALSE(FileExists(LogPath()));
+  EXPECT_TRUE(messageBoxes_.shown.empty());
 }
 
 TEST_F(LoggerTest, WithNoFolderAtAllTheLogIsInTheCurrentDirectory) {
@@ -237,25 +193,18 @@ TEST_F(LoggerTest, UnwritableLogFolderShowsTheEntryInAMessageBox) {
   WriteFile(scratch_.File("blocker"), "");
   folders_.locator.folder = scratch_.File("blocker");
   CNALogger::Log(kPrefix, "Failed to get customer.", E_FAIL);
-
-  ASSERT_EQ(1u, messageBoxes_.shown.size());
-  const FakeMessageBox::Shown& shown = messageBoxes_.shown[0];
-  EXPECT_EQ("Could not open the log file \"" + scratch_.File("blocker") + kPathSeparator +
-                "NALog.log\"!\nIntended log entry: Failed to get customer.  HRESULT=0x80004005\n",
-            shown.text);
-  EXPECT_EQ("Network Adapter", shown.caption);
-  EXPECT_EQ(host::kMessageBoxOk, shown.style);
-  EXPECT_TRUE(shown.ownedByMainWindow);
-}
-
-TEST_F(LoggerTest, UnwritableLogShowsPlainTextInAMessageBox) {
-  WriteFile(scratch_.File("blocker"), "");
-  folders_.locator.folder = scratch_.File("blocker");
   CNALogger::LogText("Send started");
-  ASSERT_EQ(1u, messageBoxes_.shown.size());
-  EXPECT_EQ("Could not open the log file \"" + scratch_.File("blocker") + kPathSeparator +
-                "NALog.log\"!\nIntended log entry: Send started",
-            messageBoxes_.shown[0].text);
+
+  const std::string cannot =
+      "Could not open the log file \"" + scratch_.File("blocker") + kPathSeparator + "NALog.log\"!\n";
+  ASSERT_EQ(2u, messageBoxes_.shown.size());
+  EXPECT_EQ(cannot + "Intended log entry: Failed to get customer.  HRESULT=0x80004005\n", messageBoxes_.shown[0].text);
+  EXPECT_EQ(cannot + "Intended log entry: Send started", messageBoxes_.shown[1].text);
+  for (const FakeMessageBox::Shown& shown : messageBoxes_.shown) {
+    EXPECT_EQ("Network Adapter", shown.caption);
+    EXPECT_EQ(host::kMessageBoxOk, shown.style);
+    EXPECT_TRUE(shown.ownedByMainWindow);
+  }
 }
 
 #ifndef _WIN32
@@ -297,30 +246,16 @@ TEST_F(LoggerTest, RedirectionThatFailsCountsAsAnUnwritableLog) {
             messageBoxes_.shown[0].text);
 }
 
-struct StatusCase {
-  uint32_t hr;
-  const char* name;
-};
-
-class StatusNameTest : public ::testing::TestWithParam<StatusCase> {};
-
-TEST_P(StatusNameTest, NamesTheHostsNetworkStatusCodes) {
-  EXPECT_STREQ(GetParam().name, CNALogger::StatusName(HRESULT(GetParam().hr)));
+TEST(StatusName, NamesTheHostsNetworkStatusCodes) {
+  const std::pair<uint32_t, const char*> cases[] = {
+      {0x80049000, "OENETSTATUS_OK"}, {0x80049001, "OENETSTATUS_CANT_INIT"},
+      {0x8004900A, "OENETSTATUS_CANT_INIT_REQUEST (Perhaps you haven't completed the Internet Connection Setup "
+                   "in Ledgerine)"},
+      {0x8004900E, "OENETSTATUS_HTTP_400"}, {0x80049017, "OENETSTATUS_SSL_CERTID_MISMATCH"},
+      {0x8004901C, "OENETSTATUS_SERVER_CONFIG"}, {0x8004901D, "OENETSTATUS_UNKNOWN_ERROR"}, {0x8004901E, ""},
+      {0x80048FFF, ""}, {0x00000000, ""}, {0x00049000, ""}, {0x80004005, ""}, {0xFFFFFFFF, ""}};
+  for (const auto& [hr, name] : cases) EXPECT_STREQ(name, CNALogger::StatusName(HRESULT(hr))) << std::hex << hr;
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, StatusNameTest,
-    ::testing::Values(
-        StatusCase{0x80049000, "OENETSTATUS_OK"}, StatusCase{0x80049001, "OENETSTATUS_CANT_INIT"},
-        StatusCase{0x8004900A,
-                   "OENETSTATUS_CANT_INIT_REQUEST (Perhaps you haven't completed the Internet "
-                   "Connection Setup in Ledgerine)"},
-        StatusCase{0x8004900E, "OENETSTATUS_HTTP_400"},
-        StatusCase{0x80049017, "OENETSTATUS_SSL_CERTID_MISMATCH"},
-        StatusCase{0x8004901C, "OENETSTATUS_SERVER_CONFIG"},
-        StatusCase{0x8004901D, "OENETSTATUS_UNKNOWN_ERROR"}, StatusCase{0x8004901E, ""},
-        StatusCase{0x80048FFF, ""}, StatusCase{0x00000000, ""}, StatusCase{0x00049000, ""},
-        StatusCase{0x80004005, ""}, StatusCase{0xFFFFFFFF, ""}));
 
 }  // namespace
 }  // namespace parcelon::test

@@ -20,19 +20,11 @@ constexpr const char* kCompany = R"({
   "company": {"address": {"city": "Capital City"}}
 })";
 
-// The status of IName::GetCompanyName on name `recNum`.
 HRESULT CompanyNameOf(const CompanyPtr& company, LONG recNum) {
-  BSTR text = nullptr;
-  const HRESULT hr = RecordOf<IName>(company, recNum)->GetCompanyName(&text);
-  SysFreeString(text);
-  return hr;
+  return Status(RecordOf<IName>(company, recNum), &IName::GetCompanyName);
 }
-
 HRESULT FirstNameOf(const CompanyPtr& company, LONG recNum) {
-  BSTR text = nullptr;
-  const HRESULT hr = RecordOf<IName>(company, recNum)->GetFirstName(&text);
-  SysFreeString(text);
-  return hr;
+  return Status(RecordOf<IName>(company, recNum), &IName::GetFirstName);
 }
 
 TEST(Faults, FailExactlyTheOperationOnTheRecord) {
@@ -56,10 +48,8 @@ TEST(Faults, FailEveryRecordUnlessOneRecordHasItsOwn) {
 TEST(Faults, ListElementMethodsAnswerToTheRecordInterfaceAndToIListElement) {
   const CompanyPtr company = LoadCompany(kCompany);
   ASSERT_TRUE(company->faults.Fail("ITerm::GetName", E_FAIL, 2));
-  BSTR text = nullptr;
-  EXPECT_EQ(E_FAIL, RecordOf<ITerm>(company, 2)->GetName(&text));
-  EXPECT_EQ(S_OK, RecordOf<IName>(company, 2)->GetName(&text));
-  SysFreeString(text);
+  EXPECT_EQ(E_FAIL, Status(RecordOf<ITerm>(company, 2), &ITerm::GetName));
+  EXPECT_EQ(S_OK, Status(RecordOf<IName>(company, 2), &IName::GetName));
   ASSERT_TRUE(company->faults.Fail("IListElement::LockForEdit", E_ACCESSDENIED, 3));
   EXPECT_EQ(E_ACCESSDENIED, RecordOf<ITerm>(company, 3)->LockForEdit());
   EXPECT_EQ(E_ACCESSDENIED, RecordOf<IName>(company, 3)->LockForEdit());
@@ -69,18 +59,11 @@ TEST(Faults, ListElementMethodsAnswerToTheRecordInterfaceAndToIListElement) {
 TEST(Faults, ValuesBelongToTheRecordThatGaveThemOut) {
   const CompanyPtr company = LoadCompany(kCompany);
   ASSERT_TRUE(company->faults.Fail("IAddress::GetCity", E_FAIL, 2));
-  ComPtr<IAddress> billing;
-  ASSERT_EQ(S_OK, RecordOf<IName>(company, 2)->GetBillingAddress(billing.ReleaseAndGetAddressOf()));
-  BSTR city = nullptr;
-  EXPECT_EQ(E_FAIL, billing->GetCity(&city));
+  EXPECT_EQ(E_FAIL, Status(Get(RecordOf<IName>(company, 2), &IName::GetBillingAddress), &IAddress::GetCity));
   ComPtr<ICompanyFile> file;
   ASSERT_EQ(S_OK, NewCompanyFile(company, file.ReleaseAndGetAddressOf()));
-  ComPtr<ICompanyInfo> info;
-  ASSERT_EQ(S_OK, file->GetCompanyInfo(info.ReleaseAndGetAddressOf()));
-  ComPtr<IAddress> companyAddress;
-  ASSERT_EQ(S_OK, info->GetAddress(companyAddress.ReleaseAndGetAddressOf()));
-  EXPECT_EQ(S_OK, companyAddress->GetCity(&city));
-  EXPECT_EQ(u"Capital City", Take(city));
+  const ComPtr<IAddress> companyAddress = Get(Get(file, &ICompanyFile::GetCompanyInfo), &ICompanyInfo::GetAddress);
+  EXPECT_EQ("Capital City", Get(companyAddress, &IAddress::GetCity));
 }
 
 TEST(Faults, RefuseWhatIsNoHostOperationOrNoFailure) {
@@ -100,8 +83,7 @@ TEST(Faults, FromTheFixture) {
            "absent": [{"list": "customers", "record": 3}],
            "lockedDataFileRecords": ["DataUpload"],)");
   const CompanyPtr company = LoadCompany(fixture);
-  ComPtr<ICustomers> customers;
-  ASSERT_EQ(S_OK, ListsOf(company)->GetCustomers(customers.ReleaseAndGetAddressOf()));
+  const ComPtr<ICustomers> customers = Get(ListsOf(company), &ILists::GetCustomers);
   ComPtr<IName> name;
   EXPECT_EQ(E_FAIL, customers->GetItemByRecNum(RecNumVariant(2), name.ReleaseAndGetAddressOf()));
   EXPECT_EQ(S_OK, customers->GetItem(0, name.ReleaseAndGetAddressOf()));
@@ -129,19 +111,15 @@ TEST(Unavailable, QueryInterfaceFailsForThatInterfaceOnly) {
 TEST(Absent, LookupsByRecordNumberDoNotFindTheRecord) {
   const CompanyPtr company = LoadCompany(kCompany);
   company->faults.MakeAbsent(ListKind::Names, 2);
-  ComPtr<ICustomers> customers;
-  ASSERT_EQ(S_OK, ListsOf(company)->GetCustomers(customers.ReleaseAndGetAddressOf()));
+  const ComPtr<ICustomers> customers = Get(ListsOf(company), &ILists::GetCustomers);
   ComPtr<IName> name;
   EXPECT_EQ(LX_E_NOTFOUND,
             customers->GetItemByRecNum(RecNumVariant(2), name.ReleaseAndGetAddressOf()));
   EXPECT_EQ(S_OK, customers->GetItemByRecNum(RecNumVariant(3), name.ReleaseAndGetAddressOf()));
   // A reference to it finds nothing either; the term of the same number is there.
-  ComPtr<IName> parent;
-  EXPECT_EQ(LX_E_NOTFOUND, RecordOf<IName>(company, 7)->GetParent(parent.ReleaseAndGetAddressOf()));
+  EXPECT_EQ(LX_E_NOTFOUND, Status(RecordOf<IName>(company, 7), &IName::GetParent));
   EXPECT_EQ(2, RecNumOf(RecordOf<ITerm>(company, 2)));
-  LONG count = 0;
-  EXPECT_EQ(S_OK, customers->GetCount(&count));
-  EXPECT_EQ(3, count);
+  EXPECT_EQ(3, Get(customers, &ICustomers::GetCount));
 }
 
 }  // namespace

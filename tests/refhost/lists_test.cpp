@@ -33,82 +33,47 @@ constexpr const char* kCompany = R"({
   "classes": [{"recNum": 30, "name": "East"}, {"recNum": 31, "name": "Coast", "parent": 30}]
 })";
 
-struct TreePosition {
-  LONG recNum;
-  bool isJob;
-  LONG parent;      // 0 for none
-  LONG parentRoot;  // 0 for none
-  LONG root;
-  LONG subLevel;
-  const char16_t* fullName;
-};
-
-TEST(JobTree, ParentRootAndSubLevel) {
+TEST(Trees, ParentRootSubLevelAndFullName) {
   const CompanyPtr company = LoadCompany(kCompany);
-  const TreePosition positions[] = {
-      {1, false, 0, 0, 1, 0, u"Acme"},
-      {2, true, 1, 1, 1, 1, u"Acme:Roof"},
-      {3, true, 2, 1, 1, 2, u"Acme:Roof:Phase 1"},
-      {4, false, 0, 0, 4, 0, u"Globex"},
+  struct Position {
+    LONG recNum;
+    bool isJob;
+    LONG parent, parentRoot, root, subLevel;  // -1 for none
+    const char* fullName;
   };
-  for (const TreePosition& p : positions) {
+  const Position positions[] = {
+      {1, false, -1, -1, 1, 0, "Acme"},
+      {2, true, 1, 1, 1, 1, "Acme:Roof"},
+      {3, true, 2, 1, 1, 2, "Acme:Roof:Phase 1"},
+      {4, false, -1, -1, 4, 0, "Globex"},
+  };
+  for (const Position& p : positions) {
     SCOPED_TRACE(p.recNum);
     const ComPtr<IName> name = RecordOf<IName>(company, p.recNum);
-    VARIANT_BOOL isJob = VARIANT_FALSE;
-    LONG level = -1;
-    ComPtr<IName> parent, parentRoot, root;
-    BSTR fullName = nullptr;
-    EXPECT_EQ(S_OK, name->GetIsJob(&isJob));
-    EXPECT_EQ(S_OK, name->GetParent(parent.ReleaseAndGetAddressOf()));
-    EXPECT_EQ(S_OK, name->GetParentRoot(parentRoot.ReleaseAndGetAddressOf()));
-    EXPECT_EQ(S_OK, name->GetRoot(root.ReleaseAndGetAddressOf()));
-    EXPECT_EQ(S_OK, name->GetSubLevel(&level));
-    EXPECT_EQ(S_OK, name->GetFullName(&fullName));
-    EXPECT_EQ(p.isJob ? VARIANT_TRUE : VARIANT_FALSE, isJob);
-    EXPECT_EQ(p.parent, parent ? RecNumOf(parent) : 0);
-    EXPECT_EQ(p.parentRoot, parentRoot ? RecNumOf(parentRoot) : 0);
-    EXPECT_EQ(p.root, RecNumOf(root));
-    EXPECT_EQ(p.subLevel, level);
-    EXPECT_EQ(p.fullName, Take(fullName));
+    EXPECT_EQ(p.isJob, Get(name, &IName::GetIsJob));
+    EXPECT_EQ(p.parent, RecNumOf(Get(name, &IName::GetParent)));
+    EXPECT_EQ(p.parentRoot, RecNumOf(Get(name, &IName::GetParentRoot)));
+    EXPECT_EQ(p.root, RecNumOf(Get(name, &IName::GetRoot)));
+    EXPECT_EQ(p.subLevel, Get(name, &IName::GetSubLevel));
+    EXPECT_EQ(p.fullName, Get(name, &IName::GetFullName));
   }
-}
-
-TEST(ClassTree, ParentAndSubLevel) {
-  const CompanyPtr company = LoadCompany(kCompany);
   const ComPtr<IClass> coast = RecordOf<IClass>(company, 31);
-  ComPtr<IClass> parent, parentRoot;
-  LONG level = -1;
-  BSTR fullName = nullptr;
-  EXPECT_EQ(S_OK, coast->GetParent(parent.ReleaseAndGetAddressOf()));
-  EXPECT_EQ(S_OK, coast->GetParentRoot(parentRoot.ReleaseAndGetAddressOf()));
-  EXPECT_EQ(S_OK, coast->GetSubLevel(&level));
-  EXPECT_EQ(S_OK, coast->GetFullName(&fullName));
-  EXPECT_EQ(30, RecNumOf(parent));
-  EXPECT_EQ(30, RecNumOf(parentRoot));
-  EXPECT_EQ(1, level);
-  EXPECT_EQ(u"East:Coast", Take(fullName));
-  EXPECT_EQ(S_OK,
-            RecordOf<IClass>(company, 30)->GetParentRoot(parentRoot.ReleaseAndGetAddressOf()));
-  EXPECT_FALSE(parentRoot);
+  EXPECT_EQ(30, RecNumOf(Get(coast, &IClass::GetParent)));
+  EXPECT_EQ(30, RecNumOf(Get(coast, &IClass::GetParentRoot)));
+  EXPECT_EQ(1, Get(coast, &IClass::GetSubLevel));
+  EXPECT_EQ("East:Coast", Get(coast, &IClass::GetFullName));
+  EXPECT_EQ(-1, RecNumOf(Get(RecordOf<IClass>(company, 30), &IClass::GetParentRoot)));
 }
 
 TEST(Customers, ListCustomersAndJobsNamesListEveryName) {
   const CompanyPtr company = LoadCompany(kCompany);
-  const ComPtr<ILists> lists = ListsOf(company);
-  ComPtr<ICustomers> customers;
-  ComPtr<INames> names;
-  ASSERT_EQ(S_OK, lists->GetCustomers(customers.ReleaseAndGetAddressOf()));
-  ASSERT_EQ(S_OK, lists->GetNames(names.ReleaseAndGetAddressOf()));
-  LONG count = 0;
-  EXPECT_EQ(S_OK, customers->GetCount(&count));
-  EXPECT_EQ(4, count);
-  EXPECT_EQ(S_OK, names->GetCount(&count));
-  EXPECT_EQ(5, count);
+  const ComPtr<ICustomers> customers = Get(ListsOf(company), &ILists::GetCustomers);
+  const ComPtr<INames> names = Get(ListsOf(company), &ILists::GetNames);
+  EXPECT_EQ(4, Get(customers, &ICustomers::GetCount));
+  EXPECT_EQ(5, Get(names, &INames::GetCount));
+  EXPECT_EQ(4, RecNumOf(Get(customers, &ICustomers::GetItem, 3)));
   ComPtr<IName> name;
-  ASSERT_EQ(S_OK, customers->GetItem(3, name.ReleaseAndGetAddressOf()));
-  EXPECT_EQ(4, RecNumOf(name));
-  EXPECT_EQ(LX_E_NOTFOUND,
-            customers->GetItemByRecNum(RecNumVariant(5), name.ReleaseAndGetAddressOf()));
+  EXPECT_EQ(LX_E_NOTFOUND, customers->GetItemByRecNum(RecNumVariant(5), name.ReleaseAndGetAddressOf()));
   EXPECT_FALSE(name);
   EXPECT_EQ(S_OK, names->GetItemByRecNum(RecNumVariant(5), name.ReleaseAndGetAddressOf()));
   EXPECT_EQ(5, RecNumOf(name));
@@ -125,8 +90,7 @@ struct RecNumArgument {
 
 TEST(GetItemByRecNum, AcceptsWholeNumbersThatFitARecordNumber) {
   const CompanyPtr company = LoadCompany(kCompany);
-  ComPtr<ITerms> terms;
-  ASSERT_EQ(S_OK, ListsOf(company)->GetTerms(terms.ReleaseAndGetAddressOf()));
+  const ComPtr<ITerms> terms = Get(ListsOf(company), &ILists::GetTerms);
   const RecNumArgument arguments[] = {
       {"VT_I4", VT_I4, 10, S_OK},
       {"VT_I2", VT_I2, 10, S_OK},
@@ -154,165 +118,118 @@ TEST(GetItemByRecNum, AcceptsWholeNumbersThatFitARecordNumber) {
   }
 }
 
-struct FilterCase {
-  LONG modTime;
-  LXDateComparison comparison;
-  std::vector<LONG> recNums;
-};
-
 TEST(CustomerFilter, SelectsByModificationTime) {
-  const CompanyPtr company = LoadCompany(kCompany);
-  ComPtr<ICustomers> customers;
-  ASSERT_EQ(S_OK, ListsOf(company)->GetCustomers(customers.ReleaseAndGetAddressOf()));
-  const FilterCase cases[] = {
-      {150, dcAfter, {2, 3, 4}}, {200, dcAfter, {3}}, {200, dcBefore, {1}},
-      {200, dcEqual, {2, 4}},    {500, dcEqual, {}},  // the other name is no customer
+  const ComPtr<ICustomers> customers = Get(ListsOf(LoadCompany(kCompany)), &ILists::GetCustomers);
+  struct Case {
+    LONG modTime;
+    LONG comparison;  // an LXDateComparison; -1 for no criterion
+    std::vector<LONG> recNums;
   };
-  for (const FilterCase& c : cases) {
-    ComPtr<ICustomerFilter> filter;
-    ASSERT_EQ(S_OK, customers->GetFilter(filter.ReleaseAndGetAddressOf()));
-    ASSERT_EQ(S_OK, filter->SetModDateCriterion(c.modTime, c.comparison));
-    LONG count = -1;
-    ASSERT_EQ(S_OK, filter->GetCount(&count));
-    std::vector<LONG> found;
-    for (LONG i = 0; i < count; ++i) {
-      ComPtr<IName> name;
-      ASSERT_EQ(S_OK, filter->GetItem(i, name.ReleaseAndGetAddressOf()));
-      found.push_back(RecNumOf(name));
+  const Case cases[] = {
+      {0, -1, {1, 2, 3, 4}}, {150, dcAfter, {2, 3, 4}}, {200, dcAfter, {3}}, {200, dcBefore, {1}},
+      {200, dcEqual, {2, 4}}, {500, dcEqual, {}},  // the other name is no customer
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.modTime << " " << c.comparison);
+    const ComPtr<ICustomerFilter> filter = Get(customers, &ICustomers::GetFilter);
+    if (c.comparison >= 0) {
+      ASSERT_EQ(S_OK, filter->SetModDateCriterion(c.modTime, c.comparison));
     }
-    EXPECT_EQ(c.recNums, found) << c.modTime << " " << c.comparison;
+    std::vector<LONG> found;
+    for (LONG i = 0; i < Get(filter, &ICustomerFilter::GetCount); ++i)
+      found.push_back(RecNumOf(Get(filter, &ICustomerFilter::GetItem, i)));
+    EXPECT_EQ(c.recNums, found);
   }
-}
-
-TEST(CustomerFilter, WithoutCriterionPassesEveryCustomer) {
-  const CompanyPtr company = LoadCompany(kCompany);
-  ComPtr<ICustomers> customers;
-  ASSERT_EQ(S_OK, ListsOf(company)->GetCustomers(customers.ReleaseAndGetAddressOf()));
-  ComPtr<ICustomerFilter> filter;
-  ASSERT_EQ(S_OK, customers->GetFilter(filter.ReleaseAndGetAddressOf()));
-  LONG count = -1;
-  EXPECT_EQ(S_OK, filter->GetCount(&count));
-  EXPECT_EQ(4, count);
-  EXPECT_EQ(E_INVALIDARG, filter->SetModDateCriterion(0, 3));
+  EXPECT_EQ(E_INVALIDARG, Get(customers, &ICustomers::GetFilter)->SetModDateCriterion(0, 3));
 }
 
 TEST(Items, ParentAndGroupMembers) {
   const CompanyPtr company = LoadCompany(kCompany);
   const ComPtr<IItem> kit = RecordOf<IItem>(company, 22);
-  LONG type = -1, count = -1;
-  EXPECT_EQ(S_OK, kit->GetType(&type));
-  EXPECT_EQ(itGROUP, type);
-  EXPECT_EQ(S_OK, kit->GetGroupCount(&count));
-  ASSERT_EQ(2, count);
+  EXPECT_EQ(itGROUP, Get(kit, &IItem::GetType));
+  ASSERT_EQ(2, Get(kit, &IItem::GetGroupCount));
+  EXPECT_EQ(21, RecNumOf(Get(kit, &IItem::GetGroupItem, 1)));
+  EXPECT_EQ(20, RecNumOf(Get(kit, &IItem::GetGroupItem, 2)));
   ComPtr<IItem> member;
-  EXPECT_EQ(S_OK, kit->GetGroupItem(1, member.ReleaseAndGetAddressOf()));
-  EXPECT_EQ(21, RecNumOf(member));
-  EXPECT_EQ(S_OK, kit->GetGroupItem(2, member.ReleaseAndGetAddressOf()));
-  EXPECT_EQ(20, RecNumOf(member));
   EXPECT_EQ(E_INVALIDARG, kit->GetGroupItem(0, member.ReleaseAndGetAddressOf()));
   EXPECT_EQ(E_INVALIDARG, kit->GetGroupItem(3, member.ReleaseAndGetAddressOf()));
-
-  ComPtr<IItem> parent;
-  EXPECT_EQ(S_OK, RecordOf<IItem>(company, 21)->GetParent(parent.ReleaseAndGetAddressOf()));
-  EXPECT_EQ(20, RecNumOf(parent));
-  EXPECT_EQ(S_OK, kit->GetParent(parent.ReleaseAndGetAddressOf()));
-  EXPECT_FALSE(parent);
+  EXPECT_EQ(20, RecNumOf(Get(RecordOf<IItem>(company, 21), &IItem::GetParent)));
+  EXPECT_EQ(-1, RecNumOf(Get(kit, &IItem::GetParent)));
 }
 
 TEST(References, UnsetReferencesGiveAnEmptyRecord) {
-  const CompanyPtr company = LoadCompany(kCompany);
-  const ComPtr<IName> acme = RecordOf<IName>(company, 1);
-  ComPtr<ITerm> terms;
-  ComPtr<ISalesRep> rep;
-  ASSERT_EQ(S_OK, acme->GetTerms(terms.ReleaseAndGetAddressOf()));
-  ASSERT_EQ(S_OK, acme->GetSalesRep(rep.ReleaseAndGetAddressOf()));
+  const ComPtr<IName> acme = RecordOf<IName>(LoadCompany(kCompany), 1);
+  const ComPtr<ITerm> terms = Get(acme, &IName::GetTerms);
   EXPECT_EQ(0, RecNumOf(terms));
-  EXPECT_EQ(0, RecNumOf(rep));
-  BSTR name = nullptr;
-  EXPECT_EQ(S_OK, terms->GetName(&name));
-  EXPECT_EQ(u"", Take(name));
+  EXPECT_EQ(0, RecNumOf(Get(acme, &IName::GetSalesRep)));
+  EXPECT_EQ("", Get(terms, &ITerm::GetName));
 }
 
 const char* const kOwner = "{54901C71-3408-44fb-9031-7B4BB81D871C}";
+const char* const kUploadTime = "ParcelonUploadTime";
+
+HRESULT Find(const ComPtr<IAttributeContainer>& attributes, const char* name, ComPtr<IAttribute>& found) {
+  return attributes->FindAttribute(MakeBstr(name).Get(), MakeBstr(kOwner).Get(), found.ReleaseAndGetAddressOf());
+}
+HRESULT Add(const ComPtr<IAttributeContainer>& attributes, const char* name, ComPtr<ILongAttribute>& added) {
+  return attributes->AddLongAttribute(MakeBstr(name).Get(), MakeBstr(kOwner).Get(), added.ReleaseAndGetAddressOf());
+}
 
 // Finds, or adds, the upload-time attribute of a record and writes `value`, as the component's
 // upload does.
-HRESULT Stamp(IListElement* record, LONG value) {
+HRESULT Stamp(const ComPtr<IName>& record, LONG value) {
   ComPtr<IAttributeContainer> attributes;
-  HRESULT hr = record->GetAttributes(attributes.ReleaseAndGetAddressOf());
-  if (FAILED(hr)) return hr;
   ComPtr<IAttribute> found;
   ComPtr<ILongAttribute> attribute;
-  hr = attributes->FindAttribute(MakeBstr("ParcelonUploadTime").Get(), MakeBstr(kOwner).Get(),
-                                 found.ReleaseAndGetAddressOf());
+  HRESULT hr = record->GetAttributes(attributes.ReleaseAndGetAddressOf());
+  if (SUCCEEDED(hr)) hr = Find(attributes, kUploadTime, found);
   if (hr == LX_E_NOTFOUND)
-    hr = attributes->AddLongAttribute(MakeBstr("ParcelonUploadTime").Get(), MakeBstr(kOwner).Get(),
-                                      attribute.ReleaseAndGetAddressOf());
+    hr = Add(attributes, kUploadTime, attribute);
   else if (SUCCEEDED(hr))
     hr = found.As(attribute);
   return FAILED(hr) ? hr : attribute->SetValue(value);
 }
 
-// The stamp of a record; -1 for none.
-LONG StampOf(IListElement* record) {
-  ComPtr<IAttributeContainer> attributes;
-  ComPtr<IAttribute> found;
-  ComPtr<ILongAttribute> attribute;
-  LONG value = -1;
-  if (FAILED(record->GetAttributes(attributes.ReleaseAndGetAddressOf())) ||
-      FAILED(attributes->FindAttribute(MakeBstr("ParcelonUploadTime").Get(), MakeBstr(kOwner).Get(),
-                                       found.ReleaseAndGetAddressOf())) ||
-      FAILED(found.As(attribute)) || FAILED(attribute->GetValue(&value)))
-    return -1;
-  return value;
-}
-
 TEST(Attributes, WrittenBetweenLockForEditAndSave) {
   const CompanyPtr company = LoadCompany(kCompany);
   const ComPtr<IName> roof = RecordOf<IName>(company, 2);
-  EXPECT_EQ(E_ACCESSDENIED, Stamp(roof.Get(), 7));
+  EXPECT_EQ(E_ACCESSDENIED, Stamp(roof, 7));
   EXPECT_EQ(E_UNEXPECTED, roof->Save());
   ASSERT_EQ(S_OK, roof->LockForEdit());
   EXPECT_EQ(E_ACCESSDENIED, RecordOf<IName>(company, 2)->LockForEdit());
-  EXPECT_EQ(S_OK, Stamp(roof.Get(), 7));
-  EXPECT_EQ(S_OK, Stamp(roof.Get(), 8));
+  EXPECT_EQ(S_OK, Stamp(roof, 7));
+  EXPECT_EQ(S_OK, Stamp(roof, 8));
   EXPECT_EQ(S_OK, roof->Save());
-  EXPECT_EQ(8, StampOf(RecordOf<IName>(company, 2).Get()));
-  LONG modTime = 0;
-  EXPECT_EQ(S_OK, roof->GetModTime(&modTime));
-  EXPECT_EQ(200, modTime);
+  ComPtr<IAttribute> found;
+  ASSERT_EQ(S_OK, Find(Get(RecordOf<IName>(company, 2), &IName::GetAttributes), kUploadTime, found));
+  ComPtr<ILongAttribute> stamp;
+  ASSERT_EQ(S_OK, found.As(stamp));
+  EXPECT_EQ(8, Get(stamp, &ILongAttribute::GetValue));
+  EXPECT_EQ(200, Get(roof, &IName::GetModTime));
 }
 
 TEST(Attributes, AddingTwiceFailsAndRemovalIsKeptAtOnce) {
   const CompanyPtr company = LoadCompany(kCompany);
   const ComPtr<ITerm> term = RecordOf<ITerm>(company, 10);
-  ComPtr<IAttributeContainer> attributes;
-  ASSERT_EQ(S_OK, term->GetAttributes(attributes.ReleaseAndGetAddressOf()));
+  const ComPtr<IAttributeContainer> attributes = Get(term, &ITerm::GetAttributes);
   ASSERT_EQ(S_OK, term->LockForEdit());
   ComPtr<ILongAttribute> added, again;
-  ASSERT_EQ(S_OK, attributes->AddLongAttribute(MakeBstr("A").Get(), MakeBstr(kOwner).Get(),
-                                               added.ReleaseAndGetAddressOf()));
-  EXPECT_EQ(kAlreadyExists,
-            attributes->AddLongAttribute(MakeBstr("A").Get(), MakeBstr(kOwner).Get(),
-                                         again.ReleaseAndGetAddressOf()));
+  ASSERT_EQ(S_OK, Add(attributes, "A", added));
+  EXPECT_EQ(kAlreadyExists, Add(attributes, "A", again));
   ASSERT_EQ(S_OK, term->Save());
   ComPtr<IAttribute> found;
-  ASSERT_EQ(S_OK, attributes->FindAttribute(MakeBstr("A").Get(), MakeBstr(kOwner).Get(),
-                                            found.ReleaseAndGetAddressOf()));
+  ASSERT_EQ(S_OK, Find(attributes, "A", found));
   EXPECT_EQ(S_OK, attributes->RemoveAttribute(found.Get()));
-  EXPECT_EQ(LX_E_NOTFOUND, attributes->FindAttribute(MakeBstr("A").Get(), MakeBstr(kOwner).Get(),
-                                                     found.ReleaseAndGetAddressOf()));
+  EXPECT_EQ(LX_E_NOTFOUND, Find(attributes, "A", found));
   LONG value = 0;
   EXPECT_EQ(LX_E_NOTFOUND, added->GetValue(&value));
   // Another record's attribute is not this container's to remove.
-  ComPtr<IAttributeContainer> other;
-  ASSERT_EQ(S_OK, RecordOf<IName>(company, 1)->GetAttributes(other.ReleaseAndGetAddressOf()));
-  EXPECT_EQ(E_INVALIDARG, other->RemoveAttribute(added.Get()));
+  EXPECT_EQ(E_INVALIDARG, Get(RecordOf<IName>(company, 1), &IName::GetAttributes)->RemoveAttribute(added.Get()));
 }
 
 #if PARCELON_HAVE_SQLITE
 TEST(Attributes, SaveWritesToTheStoreOnlyWhatChanged) {
-  parcelon::test::ScratchFolder folder;
+  ScratchFolder folder;
   const CompanyPtr company = LoadCompany(kCompany);
   company->store = CompanyStore::Create(folder.File("company.db"), kCompany, "test", *company);
   const ComPtr<IName> roof = RecordOf<IName>(company, 2);
@@ -321,7 +238,7 @@ TEST(Attributes, SaveWritesToTheStoreOnlyWhatChanged) {
   EXPECT_TRUE(company->store->Attributes().empty());
 
   ASSERT_EQ(S_OK, roof->LockForEdit());
-  ASSERT_EQ(S_OK, Stamp(roof.Get(), 9));
+  ASSERT_EQ(S_OK, Stamp(roof, 9));
   EXPECT_TRUE(company->store->Attributes().empty());
   ASSERT_EQ(S_OK, roof->Save());
   const std::vector<StoredAttributes> stored = company->store->Attributes();
@@ -329,6 +246,7 @@ TEST(Attributes, SaveWritesToTheStoreOnlyWhatChanged) {
   EXPECT_EQ(ListKind::Names, stored[0].list);
   EXPECT_EQ(2, stored[0].recNum);
   ASSERT_EQ(1u, stored[0].attributes.size());
+  EXPECT_EQ(u"ParcelonUploadTime", stored[0].attributes[0].name);
   EXPECT_EQ(9, stored[0].attributes[0].value);
 }
 #endif

@@ -5,9 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "HostReading.h"
-#include "refhost/CompanyData.h"
-#include "refhost/Fixture.h"
+#include "CompanyTestSupport.h"
 #include "refhost/ReferenceHost.h"
 #include "refhost/SyntheticCompany.h"
 
@@ -19,17 +17,12 @@ const std::string kSample = std::string(PARCELON_SOURCE_DIR) + "/samples/sample-
 ComPtr<ICustomers> CustomersOf(const ReferenceHost& host) {
   ComPtr<ICompanyFile> file;
   EXPECT_EQ(S_OK, host.GetCompanyFile(file.ReleaseAndGetAddressOf()));
-  auto lists = Get(file, &ICompanyFile::GetLists);
-  return Get(lists, &ILists::GetCustomers);
+  return Get(Get(file, &ICompanyFile::GetLists), &ILists::GetCustomers);
 }
 
 ComPtr<IName> CustomerByRecNum(const ComPtr<ICustomers>& customers, LONG recNum) {
-  VARIANT key;
-  VariantInit(&key);
-  key.vt = VT_I4;
-  key.lVal = recNum;
   ComPtr<IName> name;
-  EXPECT_EQ(S_OK, customers->GetItemByRecNum(key, name.ReleaseAndGetAddressOf())) << recNum;
+  EXPECT_EQ(S_OK, customers->GetItemByRecNum(RecNumVariant(recNum), name.ReleaseAndGetAddressOf())) << recNum;
   return name;
 }
 
@@ -42,19 +35,15 @@ TEST(Samples, TheSampleCompanyLoadsWithItsThreeLevelJobTree) {
   const auto pond = CustomerByRecNum(customers, 102);
   EXPECT_EQ(Get(pond, &IName::GetSubLevel), 2);
   EXPECT_EQ(Get(pond, &IListElement::GetFullName), "O’Brien & Daughters:Backyard <Phase 1>:Pond");
-  const auto root = Get(pond, &IName::GetRoot);
-  EXPECT_EQ(Get(root, &IListElement::GetRecNum), 100);
+  EXPECT_EQ(RecNumOf(Get(pond, &IName::GetRoot)), 100);
   EXPECT_EQ(Get(CustomerByRecNum(customers, 103), &IName::GetSubLevel), 3);
   EXPECT_EQ(Get(CustomerByRecNum(customers, 110), &IName::GetCompanyName), "Café Müller GmbH");
 }
 
 TEST(Samples, SyntheticCompaniesHaveTheRequestedNamesThreeLevelsDeep) {
   for (int names : {0, 1, 8, 1001}) {
-    auto company = std::make_shared<Company>();
-    std::string error;
-    ASSERT_EQ(S_OK, LoadFixtureText(SyntheticCompanyJson(names), "synthetic.json", *company, error))
-        << names << ": " << error;
-    ReferenceHost host(company);
+    SCOPED_TRACE(names);
+    ReferenceHost host(LoadCompany(SyntheticCompanyJson(names)));
     const auto customers = CustomersOf(host);
     EXPECT_EQ(Get(customers, &ICustomers::GetCount), names);
     if (names >= 8) {

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -20,21 +21,11 @@
 #include <string>
 #include <vector>
 
-#include "host/DataFile.h"
-#include "platform/Bstr.h"
-#include "platform/ComPtr.h"
-#include "refhost/CompanyData.h"
+#include "CompanyTestSupport.h"
 #include "refhost/CompanyStore.h"
-#include "refhost/DataFileObjects.h"
-#include "support/TestSupport.h"
 
-namespace parcelon::refhost {
+namespace parcelon::refhost::test {
 namespace {
-
-using test::MakeBstr;
-using test::ReadFile;
-using test::ScratchFolder;
-using test::WriteFile;
 
 const char kFixture[] = R"({"company": {"name": "Caf\u00e9 & Sons \u2019"}, "customers": []})";
 const std::string kRecord = "Orvane:NetworkAdapter:DataUpload";
@@ -64,54 +55,34 @@ void RunSql(const std::string& path, const std::string& sql) {
   sqlite3_close(db);
 }
 
-std::shared_ptr<Company> CompanyOver(const std::string& path) {
+std::shared_ptr<Company> CompanyOver(std::shared_ptr<CompanyStore> store) {
   auto company = std::make_shared<Company>();
-  company->store = CompanyStore::Open(path);
+  company->store = std::move(store);
   return company;
 }
 
-IDataFileRecordPtr TakeRecord(const std::shared_ptr<Company>& company, const std::string& name) {
-  IDataFileRecordsPtr records;
-  if (FAILED(NewDataFileRecords(company, records.ReleaseAndGetAddressOf()))) return {};
-  VARIANT_BOOL exists = VARIANT_FALSE;
-  records->Exists(MakeBstr(name).Get(), &exists);
-  IDataFileRecordPtr record;
-  if (exists)
-    records->GetItem(MakeBstr(name).Get(), record.ReleaseAndGetAddressOf());
-  else
-    records->Add(MakeBstr(name).Get(), record.ReleaseAndGetAddressOf());
-  return record;
+bool WriteToken(const CompanyPtr& company, const std::string& token) {
+  return WriteAsComponent(company, kRecord, kToken, Var::Str(token));
 }
 
-bool TryLock(const IDataFileRecordPtr& record) {
-  VARIANT_BOOL locked = VARIANT_FALSE;
-  return SUCCEEDED(record->TryLock(&locked)) && locked == VARIANT_TRUE;
+// Stored attributes as "names 7: name owner value, ...; terms 2: ; ...".
+std::string Describe(const std::vector<StoredAttributes>& stored) {
+  std::string text;
+  for (const StoredAttributes& record : stored) {
+    text += std::string(ListName(record.list)) + " " + std::to_string(record.recNum) + ":";
+    for (const Attribute& a : record.attributes)
+      text += " " + TextToUtf8(a.name) + " " + TextToUtf8(a.owner) + " " + std::to_string(a.value);
+    text += "; ";
+  }
+  return text;
 }
 
-// Writes the token as the component does: lock, write, data version 1, save, unlock.
-bool WriteToken(const std::shared_ptr<Company>& company, const std::string& token) {
-  IDataFileRecordPtr record = TakeRecord(company, kRecord);
-  IDataFilePropertyBagPtr bag;
-  if (!record || !TryLock(record) || FAILED(record->GetPropertyBag(bag.ReleaseAndGetAddressOf())))
-    return false;
-  VARIANT value;
-  value.vt = VT_BSTR;
-  value.bstrVal = MakeBstr(token).Detach();
-  const bool written = SUCCEEDED(bag->Write(MakeBstr(kToken).Get(), value)) &&
-                       SUCCEEDED(record->SetDataVersion(1)) && SUCCEEDED(record->Save());
-  VariantClear(&value);
-  return SUCCEEDED(record->Unlock()) && written;
-}
-
-std::string ReadToken(const std::shared_ptr<Company>& company) {
-  IDataFileRecordPtr record = TakeRecord(company, kRecord);
-  IDataFilePropertyBagPtr bag;
-  if (!record || FAILED(record->GetPropertyBag(bag.ReleaseAndGetAddressOf()))) return "<none>";
-  VARIANT value;
-  VariantInit(&value);
-  if (FAILED(bag->Read(MakeBstr(kToken).Get(), &value))) return "<failed>";
-  const std::string text = value.vt == VT_BSTR ? TextToUtf8(FromBstr(value.bstrVal)) : "<empty>";
-  VariantClear(&value);
+// Stored fields as "names 7 email=json; ...".
+std::string Describe(const std::vector<StoredRecordField>& fields) {
+  std::string text;
+  for (const StoredRecordField& f : fields)
+    text += std::string(ListName(f.list)) + " " + std::to_string(f.recNum) + " " + f.field.name +
+            "=" + f.field.json + "; ";
   return text;
 }
 
@@ -129,12 +100,7 @@ class Child {
  public:
   Child(const std::string& role, const std::string& store) {
     int toChild[2], fromChild[2];
-    if (::pipe2(toChild, O_CLOEXEC) != 0) return;
-    if (::pipe2(fromChild, O_CLOEXEC) != 0) {
-      ::close(toChild[0]);
-      ::close(toChild[1]);
-      return;
-    }
+    if (::pipe2(toChild, O_CLOEXEC) != 0 || ::pipe2(fromChild, O_CLOEXEC) != 0) return;
     // Everything the child needs is made before fork, which leaves it only system calls to do.
     std::vector<std::string> variables = {
         std::string(kRoleVariable) + "=" + role,
@@ -220,7 +186,7 @@ class Child {
 };
 
 // The child's side. Roles:
-//   "read":  prints the token, then the upload-time attributes of name 7 as "name7=<values>".
+//   "read":  prints the token and then the stored attributes, as Describe gives them.
 //   "write": writes the token "from the child", prints "saved", and ends without closing
 //            anything, as a crash would.
 //   "lock":  takes the record's lock and prints "locked" or "refused"; then, per command, 't'
@@ -237,27 +203,20 @@ TEST(StoreChild, Run) {
   };
   std::shared_ptr<Company> company;
   try {
-    company = CompanyOver(std::getenv(kStoreVariable));
+    company = CompanyOver(CompanyStore::Open(std::getenv(kStoreVariable)));
   } catch (const StoreError& error) {
     say(std::string("error: ") + error.what());
     ::_exit(2);
   }
   const std::string which = role;
   if (which == "read") {
-    say(ReadToken(company));
-    std::string values;
-    for (const StoredAttributes& stored : company->store->Attributes()) {
-      if (stored.list != ListKind::Names || stored.recNum != 7) continue;
-      for (const Attribute& attribute : stored.attributes)
-        if (attribute.name == kUploadTime && attribute.owner == kOwner)
-          values += std::to_string(attribute.value);
-    }
-    say("name7=" + values);
+    say(ReadAsComponent(company, kRecord, kToken));
+    say(Describe(company->store->Attributes()));
   } else if (which == "write") {
     say(WriteToken(company, "from the child") ? "saved" : "failed");
     ::_exit(0);
   } else if (which == "lock") {
-    IDataFileRecordPtr record = TakeRecord(company, kRecord);
+    IDataFileRecordPtr record = TakeDataFileRecord(company, kRecord);
     say(TryLock(record) ? "locked" : "refused");
     char command;
     while (::read(in, &command, 1) == 1) {
@@ -271,18 +230,17 @@ TEST(StoreChild, Run) {
 
 class StoreTest : public ::testing::Test {
  protected:
+  // A store of kFixture whose data file record "Seeded" (data version 3) holds Count = 12.
   std::shared_ptr<CompanyStore> CreateStore() {
     Company company;
     DataFileRecord seeded;
     seeded.name = u"Seeded";
     seeded.dataVersion = 3;
-    PropertyValue value;
-    value.type = VT_I4;
-    value.integer = 12;
-    seeded.properties[u"Count"] = value;
+    seeded.properties[u"Count"] = PropertyValue{VT_I4, 12, 0, u""};
     company.dataFileRecords[seeded.name] = seeded;
     return CompanyStore::Create(path_, kFixture, "samples/company.json", company);
   }
+  std::string Named() const { return "company store \"" + path_ + "\""; }
 
   ScratchFolder folder_;
   const std::string path_ = folder_.File("company.db");
@@ -292,11 +250,10 @@ TEST_F(StoreTest, FixtureAttributesFieldsAndRecordsSurviveReopening) {
   {
     auto store = CreateStore();
     store->WriteAttributes(ListKind::Names, 7, {Attribute{kUploadTime, kOwner, 1700000000}});
+    // An empty set is kept: it hides the fixture's.
     store->WriteAttributes(ListKind::Terms, 2, {});
-    store->WriteAttributes(ListKind::Items, -5,
-                           {Attribute{u"B", u"{X}", -1}, Attribute{u"A", u"{X}", 2}});
-    store->SaveRecord(ListKind::Names, 7, {{"email", R"("a@b.example")"}, {"hidden", "true"}},
-                      nullptr);
+    store->WriteAttributes(ListKind::Items, -5, {Attribute{u"B", u"{X}", -1}, Attribute{u"A", u"{X}", 2}});
+    store->SaveRecord(ListKind::Names, 7, {{"email", R"("a@b.example")"}, {"hidden", "true"}}, nullptr);
     DataFileSave save;
     save.version = 1;
     save.properties[u"LastDataUploadToken"] = PropertyValue{VT_BSTR, 0, 0, u"T\u00e9-1"};
@@ -305,25 +262,10 @@ TEST_F(StoreTest, FixtureAttributesFieldsAndRecordsSurviveReopening) {
   auto store = CompanyStore::Open(path_);
   EXPECT_EQ(kFixture, store->FixtureJson());
   EXPECT_EQ("samples/company.json", store->FixtureSource());
-
-  const auto attributes = store->Attributes();
-  ASSERT_EQ(3u, attributes.size());
-  EXPECT_EQ(ListKind::Names, attributes[0].list);
-  EXPECT_EQ(7, attributes[0].recNum);
-  ASSERT_EQ(1u, attributes[0].attributes.size());
-  EXPECT_EQ(kUploadTime, attributes[0].attributes[0].name);
-  EXPECT_EQ(kOwner, attributes[0].attributes[0].owner);
-  EXPECT_EQ(1700000000, attributes[0].attributes[0].value);
-  EXPECT_EQ(ListKind::Terms, attributes[1].list);
-  EXPECT_TRUE(attributes[1].attributes.empty()) << "an empty set is kept: it hides the fixture's";
-  EXPECT_EQ(-5, attributes[2].recNum);
-  ASSERT_EQ(2u, attributes[2].attributes.size());
-
-  const auto fields = store->RecordFields();
-  ASSERT_EQ(2u, fields.size());
-  EXPECT_EQ("email", fields[0].field.name);
-  EXPECT_EQ(R"("a@b.example")", fields[0].field.json);
-  EXPECT_EQ("hidden", fields[1].field.name);
+  EXPECT_EQ("names 7: ParcelonUploadTime {54901C71-3408-44fb-9031-7B4BB81D871C} 1700000000; terms 2:; "
+            "items -5: A {X} 2 B {X} -1; ",
+            Describe(store->Attributes()));
+  EXPECT_EQ(R"(names 7 email="a@b.example"; names 7 hidden=true; )", Describe(store->RecordFields()));
 
   const PropertyValue token = store->Read(u"Orvane:NetworkAdapter:DataUpload", u"LastDataUploadToken");
   EXPECT_EQ(VT_BSTR, token.type);
@@ -335,93 +277,70 @@ TEST_F(StoreTest, FixtureAttributesFieldsAndRecordsSurviveReopening) {
 
 TEST_F(StoreTest, LaterWritesReplaceEarlierOnes) {
   auto store = CreateStore();
-  store->WriteAttributes(ListKind::Names, 7, {Attribute{kUploadTime, kOwner, 1}});
-  store->WriteAttributes(ListKind::Classes, 1, {Attribute{kUploadTime, kOwner, 1}});
+  store->WriteAttributes(ListKind::Names, 7, {Attribute{u"T", u"O", 1}});
+  store->WriteAttributes(ListKind::Classes, 1, {Attribute{u"T", u"O", 1}});
   store->SaveRecord(ListKind::Names, 7, {{"email", "\"old\""}, {"note", "\"n\""}}, nullptr);
-  const std::vector<Attribute> later = {Attribute{kUploadTime, kOwner, 2}};
+  const std::vector<Attribute> later = {Attribute{u"T", u"O", 2}};
   store->SaveRecord(ListKind::Names, 7, {{"email", "\"new\""}}, &later);
   store->WriteAttributes(ListKind::Classes, 1, {});
 
-  const auto attributes = store->Attributes();
-  ASSERT_EQ(2u, attributes.size());
-  ASSERT_EQ(1u, attributes[0].attributes.size());
-  EXPECT_EQ(2, attributes[0].attributes[0].value);
-  EXPECT_TRUE(attributes[1].attributes.empty());
-  const auto fields = store->RecordFields();
-  ASSERT_EQ(2u, fields.size());
-  EXPECT_EQ("\"new\"", fields[0].field.json);
-  EXPECT_EQ("\"n\"", fields[1].field.json);
+  EXPECT_EQ("names 7: T O 2; classes 1:; ", Describe(store->Attributes()));
+  EXPECT_EQ(R"(names 7 email="new"; names 7 note="n"; )", Describe(store->RecordFields()));
 }
 
 TEST_F(StoreTest, CreateRefusesAnExistingFileAndLeavesItAlone) {
   WriteFile(path_, "someone's file");
-  EXPECT_EQ("company store \"" + path_ + "\" already exists", ErrorOf([&] { CreateStore(); }));
+  EXPECT_EQ(Named() + " already exists", ErrorOf([&] { CreateStore(); }));
   EXPECT_EQ("someone's file", ReadFile(path_));
 }
 
-TEST_F(StoreTest, CreateInAMissingFolderNamesTheStoreAndLeavesNothing) {
+TEST_F(StoreTest, CreateInAMissingFolderOrOpenOfAMissingStoreNamesTheStore) {
   const std::string path = folder_.File("missing/company.db");
   EXPECT_EQ("company store \"" + path + "\": unable to open database file",
             ErrorOf([&] { CompanyStore::Create(path, kFixture, "test", Company()); }));
-  EXPECT_FALSE(test::FileExists(folder_.File("missing")));
+  EXPECT_FALSE(FileExists(folder_.File("missing")));
+  EXPECT_EQ(Named() + ": No such file or directory", ErrorOf([&] { CompanyStore::Open(path_); }));
 }
 
-TEST_F(StoreTest, MissingStoreIsNamed) {
-  EXPECT_EQ("company store \"" + path_ + "\": No such file or directory",
-            ErrorOf([&] { CompanyStore::Open(path_); }));
-}
-
-// Files that are not company stores are refused with a message naming them, and left as they
-// were, byte for byte, with no lock file made beside them.
+// Files that are not company stores, or stores of another schema version, are refused with a
+// message naming them, and left as they were, byte for byte, with no lock file made beside them.
 TEST_F(StoreTest, FilesThatAreNotStoresAreRefusedUntouched) {
   struct Case {
-    const char* label;
-    std::string make;
+    bool ourStore;  // made by CreateStore before `sql` runs
+    std::string sql;  // empty: a text file
     std::string error;
   };
   const std::string name = "\"" + path_ + "\"";
+  const std::string marked = "PRAGMA application_id = 1348686708; CREATE TABLE meta(key, value);";
+  const auto version = [&](const std::string& v) {
+    return Case{true, "UPDATE meta SET value = " + v + " WHERE key = 'schema_version'",
+                Named() + " has schema version " + v +
+                    ", but this build reads only version 1; the store was left untouched"};
+  };
   const Case cases[] = {
-      {"text file", "", name + " is not a Parcelon company store: file is not a database"},
-      {"SQLite of another application", "CREATE TABLE meta(key, value);",
+      {false, "", name + " is not a Parcelon company store: file is not a database"},
+      {false, "CREATE TABLE meta(key, value);",
        name + " is not a Parcelon company store: an SQLite database of another application"},
-      {"our mark without tables", "PRAGMA application_id = 1348686708; CREATE TABLE t(x);",
-       "company store " + name + " is damaged: it has no meta table"},
-      {"no schema version",
-       "PRAGMA application_id = 1348686708; CREATE TABLE meta(key, value);",
-       "company store " + name + " is damaged: it has no schema version"},
-      {"schema version as text",
-       "PRAGMA application_id = 1348686708; CREATE TABLE meta(key, value);"
-       "INSERT INTO meta VALUES('schema_version', '1');",
-       "company store " + name + " is damaged: its schema version is not a number"},
+      {false, "PRAGMA application_id = 1348686708; CREATE TABLE t(x);",
+       Named() + " is damaged: it has no meta table"},
+      {false, marked, Named() + " is damaged: it has no schema version"},
+      {false, marked + "INSERT INTO meta VALUES('schema_version', '1');",
+       Named() + " is damaged: its schema version is not a number"},
+      version("2"), version("0"), version("-1"),
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
+    SCOPED_TRACE(c.sql);
     std::remove(path_.c_str());
-    if (c.make.empty())
+    if (c.ourStore) CreateStore().reset();
+    if (c.sql.empty())
       WriteFile(path_, std::string(8192, 'x'));
     else
-      RunSql(path_, c.make);
+      RunSql(path_, c.sql);
+    std::remove((path_ + ".locks").c_str());
     const std::string before = ReadFile(path_);
     EXPECT_EQ(c.error, ErrorOf([&] { CompanyStore::Open(path_); }));
     EXPECT_EQ(before, ReadFile(path_));
-    EXPECT_FALSE(test::FileExists(path_ + ".locks"));
-  }
-}
-
-TEST_F(StoreTest, OtherSchemaVersionsAreRefusedUntouched) {
-  for (const char* version : {"2", "0", "-1"}) {
-    SCOPED_TRACE(version);
-    std::remove(path_.c_str());
-    CreateStore().reset();
-    RunSql(path_, std::string("UPDATE meta SET value = ") + version +
-                      " WHERE key = 'schema_version'");
-    std::remove((path_ + ".locks").c_str());
-    const std::string before = ReadFile(path_);
-    EXPECT_EQ("company store \"" + path_ + "\" has schema version " + version +
-                  ", but this build reads only version 1; the store was left untouched",
-              ErrorOf([&] { CompanyStore::Open(path_); }));
-    EXPECT_EQ(before, ReadFile(path_));
-    EXPECT_FALSE(test::FileExists(path_ + ".locks"));
+    EXPECT_FALSE(FileExists(path_ + ".locks"));
   }
 }
 
@@ -430,37 +349,28 @@ TEST_F(StoreTest, CorruptStoreEndsInAClearError) {
   std::string bytes = ReadFile(path_);
   ASSERT_GT(bytes.size(), 4096u * 2);
   // Every page but the first (which holds the schema) overwritten.
-  for (size_t i = 4096; i < bytes.size(); ++i) bytes[i] = char(0xA5);
+  std::fill(bytes.begin() + 4096, bytes.end(), char(0xA5));
   WriteFile(path_, bytes);
-  EXPECT_EQ("company store \"" + path_ + "\": database disk image is malformed",
+  EXPECT_EQ(Named() + ": database disk image is malformed",
             ErrorOf([&] { CompanyStore::Open(path_)->FixtureJson(); }));
 }
 
-TEST_F(StoreTest, OversizedStoredValueIsRefusedUnread) {
-  CreateStore().reset();
-  RunSql(path_, "INSERT INTO data_file_property(record, name, type, value) "
-                "VALUES('Seeded', 'Huge', 8, zeroblob(2097152))");
-  auto store = CompanyStore::Open(path_);
-  EXPECT_EQ("company store \"" + path_ +
-                "\" is damaged: a data file record property holds 2097152 bytes, more than the "
-                "1048576 allowed",
-            ErrorOf([&] { store->Read(u"Seeded", u"Huge"); }));
-  EXPECT_EQ(12, store->Read(u"Seeded", u"Count").integer);
-}
-
-TEST_F(StoreTest, DamagedValuesAreReportedNotTrusted) {
+TEST_F(StoreTest, DamagedOrOversizedValuesAreReportedNotTrusted) {
   CreateStore().reset();
   RunSql(path_, "INSERT INTO data_file_property(record, name, type, value) VALUES "
-                "('Seeded', 'OddText', 8, x'414243'), ('Seeded', 'WideI4', 3, 4294967296), "
-                "('Seeded', 'Unknown', 13, 0), ('Seeded', 'TextAsInt', 8, 5);"
+                "('Seeded', 'Huge', 8, zeroblob(2097152)), ('Seeded', 'OddText', 8, x'414243'), "
+                "('Seeded', 'WideI4', 3, 4294967296), ('Seeded', 'Unknown', 13, 0), "
+                "('Seeded', 'TextAsInt', 8, 5);"
                 "INSERT INTO attribute_record(list, rec_num) VALUES('vendors', 1);");
   auto store = CompanyStore::Open(path_);
-  const std::string damaged = "company store \"" + path_ + "\" is damaged: ";
+  const std::string damaged = Named() + " is damaged: ";
+  EXPECT_EQ(damaged + "a data file record property holds 2097152 bytes, more than the 1048576 allowed",
+            ErrorOf([&] { store->Read(u"Seeded", u"Huge"); }));
   for (const char16_t* property : {u"OddText", u"WideI4", u"Unknown", u"TextAsInt"})
     EXPECT_EQ(damaged + "the value of a data file record property",
               ErrorOf([&] { store->Read(u"Seeded", property); }));
-  EXPECT_EQ(damaged + "unknown list \"vendors\" in attribute_record",
-            ErrorOf([&] { store->Attributes(); }));
+  EXPECT_EQ(damaged + "unknown list \"vendors\" in attribute_record", ErrorOf([&] { store->Attributes(); }));
+  EXPECT_EQ(12, store->Read(u"Seeded", u"Count").integer) << "the sound values stay readable";
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -468,22 +378,20 @@ TEST_F(StoreTest, DamagedValuesAreReportedNotTrusted) {
 
 TEST_F(StoreTest, SecondProcessSeesTheFirstsStamps) {
   CreateStore()->WriteAttributes(ListKind::Names, 7, {Attribute{kUploadTime, kOwner, 1700000123}});
-  ASSERT_TRUE(WriteToken(CompanyOver(path_), "token 9"));
+  ASSERT_TRUE(WriteToken(CompanyOver(CompanyStore::Open(path_)), "token 9"));
 
   Child child("read", path_);
   ASSERT_TRUE(child.Started());
-  EXPECT_EQ("token 9", child.ReadLine());
-  EXPECT_EQ("name7=1700000123", child.ReadLine());
+  EXPECT_EQ("BSTR:token 9", child.ReadLine());
+  EXPECT_EQ("names 7: ParcelonUploadTime {54901C71-3408-44fb-9031-7B4BB81D871C} 1700000123; ", child.ReadLine());
   EXPECT_EQ(0, child.Wait());
 }
 
 TEST_F(StoreTest, OpenStoreSeesWhatAnotherProcessCommittedBeforeDying) {
-  auto company = std::make_shared<Company>();
-  company->store = CreateStore();
+  const auto company = CompanyOver(CreateStore());
   ASSERT_TRUE(WriteToken(company, "from the parent"));
-  IDataFileRecordPtr held = TakeRecord(company, kRecord);
   IDataFilePropertyBagPtr bag;
-  ASSERT_EQ(S_OK, held->GetPropertyBag(bag.ReleaseAndGetAddressOf()));
+  ASSERT_EQ(S_OK, TakeDataFileRecord(company, kRecord)->GetPropertyBag(bag.ReleaseAndGetAddressOf()));
 
   Child child("write", path_);
   ASSERT_TRUE(child.Started());
@@ -491,18 +399,15 @@ TEST_F(StoreTest, OpenStoreSeesWhatAnotherProcessCommittedBeforeDying) {
   EXPECT_EQ(0, child.Wait());
 
   // Through the record object taken before the child wrote, and through a new one.
-  VARIANT value;
-  VariantInit(&value);
+  Var value;
   ASSERT_EQ(S_OK, bag->Read(MakeBstr(kToken).Get(), &value));
-  EXPECT_EQ("from the child", TextToUtf8(FromBstr(value.bstrVal)));
-  VariantClear(&value);
-  EXPECT_EQ("from the child", ReadToken(company));
+  EXPECT_EQ("BSTR:from the child", Describe(value));
+  EXPECT_EQ("BSTR:from the child", ReadAsComponent(company, kRecord, kToken));
 }
 
 TEST_F(StoreTest, LockIsRefusedToTheOtherProcessUntilReleased) {
-  auto company = std::make_shared<Company>();
-  company->store = CreateStore();
-  IDataFileRecordPtr record = TakeRecord(company, kRecord);
+  const auto company = CompanyOver(CreateStore());
+  const IDataFileRecordPtr record = TakeDataFileRecord(company, kRecord);
 
   // The child holds it: the parent is refused.
   {
@@ -530,10 +435,7 @@ TEST_F(StoreTest, LockIsRefusedToTheOtherProcessUntilReleased) {
 }
 
 TEST_F(StoreTest, DyingHolderLeavesTheLockFree) {
-  auto company = std::make_shared<Company>();
-  company->store = CreateStore();
-  IDataFileRecordPtr record = TakeRecord(company, kRecord);
-
+  const IDataFileRecordPtr record = TakeDataFileRecord(CompanyOver(CreateStore()), kRecord);
   Child child("lock", path_);
   ASSERT_TRUE(child.Started());
   ASSERT_EQ("locked", child.ReadLine());
@@ -545,10 +447,8 @@ TEST_F(StoreTest, DyingHolderLeavesTheLockFree) {
 
 TEST_F(StoreTest, TwoOpensInOneProcessExcludeEachOther) {
   CreateStore().reset();
-  auto first = CompanyOver(path_);
-  auto second = CompanyOver(path_);
-  IDataFileRecordPtr mine = TakeRecord(first, kRecord);
-  IDataFileRecordPtr theirs = TakeRecord(second, kRecord);
+  const IDataFileRecordPtr mine = TakeDataFileRecord(CompanyOver(CompanyStore::Open(path_)), kRecord);
+  const IDataFileRecordPtr theirs = TakeDataFileRecord(CompanyOver(CompanyStore::Open(path_)), kRecord);
   EXPECT_TRUE(TryLock(mine));
   EXPECT_FALSE(TryLock(theirs));
   ASSERT_EQ(S_OK, mine->Unlock());
@@ -557,6 +457,6 @@ TEST_F(StoreTest, TwoOpensInOneProcessExcludeEachOther) {
 }
 
 }  // namespace
-}  // namespace parcelon::refhost
+}  // namespace parcelon::refhost::test
 
 #endif  // PARCELON_HAVE_SQLITE
