@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "component/ClassObjects.h"
 #include "component/ParcelonInterfaces.h"
@@ -106,6 +107,17 @@ class ComponentTest : public DiagnosticsTest {
     if (*text == "final: true\r\n") return 2;
     ADD_FAILURE() << "unexpected header lines: " << *text;
     return -1;
+  }
+
+  // The e-mail parameters of the pass's form in the order get_TxEParams gives them (subject,
+  // reply address, text, to, cc, bcc, attachments), nullopt for a null text.
+  std::vector<std::optional<std::string>> TxEParams() {
+    BSTR out[7] = {};
+    EXPECT_EQ(S_OK,
+              base_->get_TxEParams(&out[0], &out[1], &out[2], &out[3], &out[4], &out[5], &out[6]));
+    std::vector<std::optional<std::string>> texts;
+    for (BSTR text : out) texts.push_back(TakeText(text));
+    return texts;
   }
 
   // The attachment pass's response header "Set-Cookie" with `value`.

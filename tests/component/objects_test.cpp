@@ -67,23 +67,19 @@ void ExpectAnswers(IUnknown* object, const std::vector<Answer>& yes,
   }
 }
 
-TEST_F(ObjectsTest, SessionAnswersForItsChainOnly) {
-  std::vector<Answer> no(kFormInterfaces.begin() + 2, kFormInterfaces.end());
-  no.push_back({"IClassFactory", IidOf<IClassFactory>()});
-  ExpectAnswers(Create(CLSID_NA_Forms).Get(), kSessionInterfaces, no);
-}
-
-TEST_F(ObjectsTest, FormAnswersForItsChainOnly) {
-  std::vector<Answer> no(kSessionInterfaces.begin() + 2, kSessionInterfaces.end());
-  no.push_back({"IClassFactory", IidOf<IClassFactory>()});
-  ExpectAnswers(Create(CLSID_NA_Form).Get(), kFormInterfaces, no);
-}
-
-TEST_F(ObjectsTest, AddedFormAnswersLikeACreatedOne) {
-  ComPtr<INA_Form> form;
-  ASSERT_EQ(S_OK, session_->AddForm(form.ReleaseAndGetAddressOf()));
-  ExpectAnswers(form.Get(), kFormInterfaces,
-                {kSessionInterfaces.begin() + 2, kSessionInterfaces.end()});
+// The session, a form created alone and a form the session added: none answers for the other's
+// interfaces or for the class factory.
+TEST_F(ObjectsTest, EachObjectAnswersForItsChainOnly) {
+  const Answer factory{"IClassFactory", IidOf<IClassFactory>()};
+  std::vector<Answer> notSession(kFormInterfaces.begin() + 2, kFormInterfaces.end());
+  std::vector<Answer> notForm(kSessionInterfaces.begin() + 2, kSessionInterfaces.end());
+  notSession.push_back(factory);
+  ExpectAnswers(Create(CLSID_NA_Forms).Get(), kSessionInterfaces, notSession);
+  ComPtr<INA_Form> added;
+  ASSERT_EQ(S_OK, session_->AddForm(added.ReleaseAndGetAddressOf()));
+  ExpectAnswers(added.Get(), kFormInterfaces, notForm);
+  notForm.push_back(factory);
+  ExpectAnswers(Create(CLSID_NA_Form).Get(), kFormInterfaces, notForm);
 }
 
 // The slots of an interface reached by QueryInterface are the object's own: the custom interfaces
@@ -108,17 +104,8 @@ TEST_F(ObjectsTest, InterfacesReachedByQueryInterfaceCallTheirOwnSlots) {
   EXPECT_EQ(VARIANT_TRUE, synchMultiple);
 }
 
-TEST_F(ObjectsTest, DispatchOffersNoTypeInformation) {
-  for (const CLSID& clsid : {CLSID_NA_Forms, CLSID_NA_Form}) {
-    ComPtr<IDispatch> dispatch;
-    ASSERT_EQ(S_OK, Create(clsid).As(dispatch));
-    UINT count = 7;
-    EXPECT_EQ(S_OK, dispatch->GetTypeInfoCount(&count));
-    EXPECT_EQ(0u, count);
-  }
-}
-
-TEST_F(ObjectsTest, ReferenceCountsFollowAddRefAndRelease) {
+// For both classes: no type information, reference counts that follow AddRef and Release.
+TEST_F(ObjectsTest, DispatchAndReferenceCounts) {
   for (const CLSID& clsid : {CLSID_NA_Forms, CLSID_NA_Form}) {
     IUnknown* object = nullptr;
     ASSERT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IidOf<IUnknown>(),
@@ -127,6 +114,9 @@ TEST_F(ObjectsTest, ReferenceCountsFollowAddRefAndRelease) {
     IDispatch* dispatch = nullptr;
     ASSERT_EQ(S_OK,
               object->QueryInterface(IidOf<IDispatch>(), reinterpret_cast<void**>(&dispatch)));
+    UINT count = 7;
+    EXPECT_EQ(S_OK, dispatch->GetTypeInfoCount(&count));
+    EXPECT_EQ(0u, count);
     EXPECT_EQ(2u, dispatch->Release());
     EXPECT_EQ(1u, object->Release());
     EXPECT_EQ(0u, object->Release());

@@ -26,13 +26,7 @@ class SendStateTest : public ComponentTest {
   }
 
   // The subject of the pass's form, as the adapter reads it.
-  std::string CurrentSubject() {
-    BSTR subject = nullptr, from = nullptr, text = nullptr, to = nullptr, cc = nullptr,
-         bcc = nullptr, files = nullptr;
-    EXPECT_EQ(S_OK, base_->get_TxEParams(&subject, &from, &text, &to, &cc, &bcc, &files));
-    for (BSTR other : {from, text, to, cc, bcc, files}) SysFreeString(other);
-    return Take(subject);
-  }
+  std::string CurrentSubject() { return TxEParams()[0].value_or(""); }
 
   // Runs the send from Initialize to its end: each pass is written as its state and the subject
   // of its form ("1A"); an attachment pass receives its message identifier first. At most

@@ -1,38 +1,28 @@
-// The setting of the form aggregate tests (invoice, estimate, statement): the reference host of a
-// fixture company, the local time zone fixed to five hours west of UTC without daylight time (so
-// that dates written with the local zone show it), and helpers that build an aggregate and
-// compare texts.
+// The setting of the form aggregate tests (invoice, estimate, statement, line writers): the
+// reference host of a fixture company, the local time zone fixed to five hours west of UTC without
+// daylight time (so that dates written with the local zone show it), helpers that compare texts,
+// and the runners of the fault tables and of the indentation check.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <ctime>
 #include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "clienttools/XMLBuilder.h"
 #include "forms/FormsTestHost.h"
-#include "platform/ComError.h"
 #include "support/TestSupport.h"
 
 namespace parcelon::test {
 
 // The company block of the fixtures below (kAggregateCompany), unindented.
 inline constexpr char kCompanyBlock[] =
-    "<Company>\n"
-    "<CompanyName>Acme &amp; Sons</CompanyName>\n"
-    "<CompanyEmail>billing@acme.test</CompanyEmail>\n"
-    "<Address>\n"
-    "<Addr1>1 Main St</Addr1>\n"
-    "<City>Springfield</City>\n"
-    "<State>IL</State>\n"
-    "<PostalCode>62701</PostalCode>\n"
-    "</Address>\n"
-    "<CompanyPhone>555-0100</CompanyPhone>\n"
-    "</Company>\n";
+    "<Company>\n<CompanyName>Acme &amp; Sons</CompanyName>\n<CompanyEmail>billing@acme.test</CompanyEmail>\n"
+    "<Address>\n<Addr1>1 Main St</Addr1>\n<City>Springfield</City>\n<State>IL</State>\n"
+    "<PostalCode>62701</PostalCode>\n</Address>\n<CompanyPhone>555-0100</CompanyPhone>\n</Company>\n";
 
 // The company information and customers that every aggregate fixture starts with: customer 10
 // with a name full of characters that need escaping or that the request cannot carry (an
@@ -64,6 +54,14 @@ inline constexpr char kAggregateCompany[] = R"(
   "salesReps": [{"recNum": 1, "name": "RR", "associatedName": 40}],
 )";
 
+// Customer 10's name as the aggregates write it: escaped, without the characters they cannot carry.
+inline const std::string kCustomerName = "Caf O&apos;Brien &amp; &quot;Sons&quot; &lt;Ltd&gt;";
+
+// The whole text of a form aggregate of `kind` ("Invoice") of the fixture company.
+inline std::string FormText(const std::string& kind, const std::string& detail) {
+  return FormText(kind, detail, kCompanyBlock);
+}
+
 // Gives the process the time zone `tz` for the scope and restores the previous one after.
 class ScopedTimeZone {
  public:
@@ -86,25 +84,6 @@ class ScopedTimeZone {
   std::optional<ScopedEnv> env_;
 };
 
-// The text a builder holds.
-inline std::string TextOf(const XMLBuilder& builder) {
-  return std::string(builder.Buffer()->GetData(), builder.Buffer()->GetLength());
-}
-
-// `text` without the lines `removed` (each given with its line feed); fails the test when one
-// of them is not a line of `text`.
-inline std::string WithoutLines(std::string text, const std::vector<std::string>& removed) {
-  for (const std::string& line : removed) {
-    // A line begins the text or follows a line feed.
-    const size_t at = ("\n" + text).find("\n" + line);
-    if (at == std::string::npos)
-      ADD_FAILURE() << "no line " << line;
-    else
-      text.erase(at, line.size());
-  }
-  return text;
-}
-
 // `text` with the blanks at the start of every line removed.
 inline std::string WithoutLeadingBlanks(const std::string& text) {
   std::string out;
@@ -117,13 +96,13 @@ inline std::string WithoutLeadingBlanks(const std::string& text) {
   return out;
 }
 
-// A fault of the reference host, as the failure tables give it: the operation, the record it is
-// limited to (none: every record) and the code. An interface name alone ("ITerm2") makes that
-// interface unavailable instead.
-struct HostFault {
-  const char* operation;
-  std::optional<LONG> record;
-  HRESULT hr;
+// A fault and what it does: the log lines, and either the status of a failed build or, for a
+// build that succeeds, the lines of the whole text it leaves out.
+struct FaultCase {
+  HostFault fault;
+  HRESULT status;
+  std::vector<std::string> log;
+  std::vector<std::string> missing = {};
 };
 
 class FormAggregateTest : public FormsTest {
@@ -137,26 +116,30 @@ class FormAggregateTest : public FormsTest {
     FormsTest::TearDown();
   }
 
-  // Makes `fault` happen.
-  void Inject(const HostFault& fault) {
-    if (std::string(fault.operation).find("::") == std::string::npos)
-      ASSERT_TRUE(Faults().MakeUnavailable(fault.operation)) << fault.operation;
-    else
-      ASSERT_TRUE(Faults().Fail(fault.operation, fault.hr, fault.record)) << fault.operation;
+  // Each case on its own: `build(status)` gives `whole` without the missing lines (when it
+  // succeeds) and logs the case's lines.
+  void ExpectFaults(const std::vector<FaultCase>& cases, const std::string& whole,
+                    const std::function<std::string(HRESULT)>& build) {
+    for (const FaultCase& c : cases) {
+      SCOPED_TRACE(c.fault.operation);
+      StartCase();
+      Inject(c.fault);
+      const std::string text = build(c.status);
+      if (SUCCEEDED(c.status)) {
+        EXPECT_EQ(WithoutLines(whole, c.missing), text);
+      }
+      EXPECT_EQ(c.log, LogEntries());
+    }
   }
 
-  // Clears the faults and the log, for the next case of a table.
-  void StartCase() {
-    Faults().Clear();
-    CNALogger::ResetForTesting();
-    std::remove((LogFolder() + "NALog.log").c_str());
-  }
-
-  // Runs `build` on a new builder at depth 0 and gives its text; `status` receives the result.
-  static std::string Build(const std::function<HRESULT(XMLBuilder&)>& build, HRESULT& status) {
-    XMLBuilder builder(0, 4096);
-    status = build(builder);
-    return TextOf(builder);
+  // With the indentation switch on, `build` gives `whole` but for the blanks that start its
+  // lines, which come as in each of `indented`.
+  void ExpectIndented(const std::string& whole, const std::function<std::string()>& build,
+                      std::initializer_list<const char*> indented) {
+    WriteSettings("NetworkAdapter.IndentXML=1\n");
+    const std::string text = build();
+    EXPECT_EQ(whole, WithoutLeadingBlanks(text));
+    for (const char* piece : indented) EXPECT_NE(std::string::npos, text.find(piece)) << piece;
   }
 
  private:

@@ -1,6 +1,7 @@
 // The setting of the form request tests: the reference host of a company from fixture text,
 // registered as the host; its log folder, the settings file and the temporary folder in a scratch
-// folder; forms made by the component; and readers of the log and the request text.
+// folder; forms made by the component; readers of the log, of written texts and of the request
+// text (also for the component tests); and the log entry, fault and raised error helpers.
 //
 // The log is written with its context on ("NetworkAdapter.EnableLogContext"), so every entry
 // reads "prefix: message  HRESULT=0x...".
@@ -8,24 +9,122 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <optional>
 #include <regex>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "clienttools/XMLBuilder.h"
 #include "component/NA_Form.h"
 #include "component/ParcelonInterfaces.h"
 #include "diagnostics/FeatureSettings.h"
 #include "diagnostics/Logger.h"
 #include "platform/Bstr.h"
 #include "platform/CodePage.h"
+#include "platform/ComError.h"
 #include "platform/Paths.h"
 #include "refhost/Fixture.h"
 #include "refhost/ReferenceHost.h"
 #include "support/TestSupport.h"
 
 namespace parcelon::test {
+
+// The tail of every message of an optional element that could not be read.
+inline const std::string kSkipping = "  Skipping this optional element.";
+
+// A log entry: the method's prefix, the message and the code.
+inline std::string Entry(const std::string& prefix, const std::string& message, const std::string& hr = "0x80004005") {
+  return prefix + message + "  HRESULT=" + hr;
+}
+
+// The text a builder holds.
+inline std::string TextOf(const XMLBuilder& builder) {
+  return std::string(builder.Buffer()->GetData(), builder.Buffer()->GetLength());
+}
+
+// What `write` writes on a new builder of `depth`; `write` must return `expected`.
+template <class Write>
+std::string Written(HRESULT expected, Write write, uint32_t depth = 0) {
+  XMLBuilder builder(depth, 4096);
+  EXPECT_EQ(expected, write(builder));
+  return TextOf(builder);
+}
+
+// The code of the ComError that `action` raises; S_OK for none.
+template <class Action>
+HRESULT ErrorRaisedBy(Action action) {
+  try {
+    action();
+  } catch (const ComError& error) {
+    return error.Error();
+  }
+  return S_OK;
+}
+
+// `text` with each `from` line given as `to` (a removal for an empty `to`).
+inline std::string Edited(std::string text, const std::vector<std::pair<std::string, std::string>>& edits) {
+  for (const auto& [from, to] : edits) {
+    const size_t at = ("\n" + text).find("\n" + from);
+    if (at == std::string::npos) {
+      ADD_FAILURE() << "no line " << from;
+      continue;
+    }
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
+// `text` without the lines `removed` (each given with its line feed).
+inline std::string WithoutLines(const std::string& text, const std::vector<std::string>& removed) {
+  std::vector<std::pair<std::string, std::string>> edits;
+  for (const std::string& line : removed) edits.push_back({line, ""});
+  return Edited(text, edits);
+}
+
+// `xml` with every "trnUID" value, which is new for each request, as "*"; fails the test when a
+// value is not a well-formed identifier.
+inline std::string WithoutTrnUIDs(const std::string& xml) {
+  static const std::regex any(R"re(trnUID="([^"]*)")re");
+  static const std::regex wellFormed(R"re([0-9A-F]{4}(-[0-9A-F]{4}){7})re");
+  std::string out;
+  auto last = xml.cbegin();
+  for (std::sregex_iterator it(xml.begin(), xml.end(), any), end; it != end; ++it) {
+    EXPECT_TRUE(std::regex_match((*it)[1].str(), wellFormed)) << (*it)[1].str();
+    out.append(last, (*it)[0].first);
+    out += "trnUID=\"*\"";
+    last = (*it)[0].second;
+  }
+  out.append(last, xml.cend());
+  return out;
+}
+
+// `hr` as the log writes it ("0x80004005").
+inline std::string HexCode(HRESULT hr) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%#lx", static_cast<unsigned long>(static_cast<uint32_t>(hr)));
+  return text;
+}
+
+// A fault of the reference host, as the failure tables give it: the operation, the record it is
+// limited to (none: every record) and the code. An interface name alone ("ITerm2") makes that
+// interface unavailable instead.
+struct HostFault {
+  const char* operation;
+  std::optional<LONG> record;
+  HRESULT hr;
+};
+
+// The whole text of a form aggregate of `kind` ("Invoice") with the company block `company` and
+// the detail aggregate holding `detail`.
+inline std::string FormText(const std::string& kind, const std::string& detail, const std::string& company) {
+  return "<" + kind + "Form>\n" + company + "<" + kind + "Detail>\n" + detail + "</" + kind + "Detail>\n</" + kind +
+         "Form>\n";
+}
 
 class FormsTest : public ::testing::Test {
  protected:
@@ -59,6 +158,21 @@ class FormsTest : public ::testing::Test {
     ASSERT_EQ(S_OK, host_->Register());
   }
 
+  // Makes `fault` happen.
+  void Inject(const HostFault& fault) {
+    if (std::string(fault.operation).find("::") == std::string::npos)
+      ASSERT_TRUE(Faults().MakeUnavailable(fault.operation)) << fault.operation;
+    else
+      ASSERT_TRUE(Faults().Fail(fault.operation, fault.hr, fault.record)) << fault.operation;
+  }
+
+  // Clears the faults and the log, for the next case of a table.
+  void StartCase() {
+    Faults().Clear();
+    CNALogger::ResetForTesting();
+    std::remove((LogFolder() + "NALog.log").c_str());
+  }
+
   refhost::ReferenceHost& Host() { return *host_; }
   refhost::Faults& Faults() { return host_->GetFaults(); }
 
@@ -90,16 +204,11 @@ class FormsTest : public ::testing::Test {
 
   // The log's entries, each without its time stamp line and leading blanks.
   std::vector<std::string> LogEntries() const {
-    const std::string text = ReadFile(LogFolder() + "NALog.log");
+    std::istringstream text(ReadFile(LogFolder() + "NALog.log"));
     std::vector<std::string> entries;
-    size_t at = 0;
-    while (at < text.size()) {
-      size_t end = text.find('\n', at);
-      if (end == std::string::npos) end = text.size();
-      std::string line = text.substr(at, end - at);
+    for (std::string line; std::getline(text, line);) {
       if (!line.empty() && line.back() == '\r') line.pop_back();
       if (line.compare(0, 3, "   ") == 0) entries.push_back(line.substr(3));
-      at = end + 1;
     }
     return entries;
   }
@@ -109,23 +218,6 @@ class FormsTest : public ::testing::Test {
     const Bstr owned = Bstr::Attach(text);
     std::string out;
     WideToAnsi(owned.Get(), owned.Length(), out);
-    return out;
-  }
-
-  // `xml` with every "trnUID" value, which is new for each request, as "*"; fails the test when a
-  // value is not a well-formed identifier.
-  static std::string WithoutTrnUIDs(const std::string& xml) {
-    static const std::regex any(R"re(trnUID="([^"]*)")re");
-    static const std::regex wellFormed(R"re([0-9A-F]{4}(-[0-9A-F]{4}){7})re");
-    std::string out;
-    auto last = xml.cbegin();
-    for (std::sregex_iterator it(xml.begin(), xml.end(), any), end; it != end; ++it) {
-      EXPECT_TRUE(std::regex_match((*it)[1].str(), wellFormed)) << (*it)[1].str();
-      out.append(last, (*it)[0].first);
-      out += "trnUID=\"*\"";
-      last = (*it)[0].second;
-    }
-    out.append(last, xml.cend());
     return out;
   }
 

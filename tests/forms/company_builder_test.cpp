@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "forms/CompanyBuilder.h"
-#include "forms/SalesTaxBuilder.h"
 #include "forms/FormsTestHost.h"
+#include "forms/SalesTaxBuilder.h"
 #include "host/HostModel.h"
 #include "support/FakeHostValues.h"
 
@@ -28,22 +28,18 @@ constexpr char kCompany[] = R"({
   ]
 })";
 
-constexpr char kWholeCompany[] =
-    "<Company>\n"
-    "<CompanyName>Acme &amp; Sons</CompanyName>\n"
-    "<CompanyEmail>billing@acme.test</CompanyEmail>\n"
-    "<Address>\n"
-    "<Addr1>1 Main St</Addr1>\n"
-    "<Addr2>Suite 5</Addr2>\n"
-    "<City>Springfield</City>\n"
-    "<State>IL</State>\n"
-    "<PostalCode>62701</PostalCode>\n"
-    "<Country>USA</Country>\n"
-    "</Address>\n"
-    "<CompanyPhone>555-0100</CompanyPhone>\n"
-    "</Company>\n";
+const std::string kEmail = "<CompanyEmail>billing@acme.test</CompanyEmail>\n";
+const std::string kPhone = "<CompanyPhone>555-0100</CompanyPhone>\n";
+const std::string kUpToEmail = "<Company>\n<CompanyName>Acme &amp; Sons</CompanyName>\n" + kEmail;
+const std::string kWholeCompany =
+    kUpToEmail +
+    "<Address>\n<Addr1>1 Main St</Addr1>\n<Addr2>Suite 5</Addr2>\n<City>Springfield</City>\n<State>IL</State>\n"
+    "<PostalCode>62701</PostalCode>\n<Country>USA</Country>\n</Address>\n" +
+    kPhone + "</Company>\n";
 
 constexpr char kCompanyPrefix[] = "Parcelon:CCompanyBuilder::BuildXML(): ";
+const std::string kNoEmail = "Failed to get email address from company info (2) in LX." + kSkipping;
+const std::string kNoPhone = "Failed to get phone number from company info (2) in LX." + kSkipping;
 
 class CompanyBuilderTest : public FormsTest {
  protected:
@@ -52,11 +48,9 @@ class CompanyBuilderTest : public FormsTest {
     UseCompany(kCompany);
   }
 
-  // The block's text and status.
-  std::string Build(HRESULT expected) {
-    XMLBuilder builder(0, 4096);
-    EXPECT_EQ(expected, CCompanyBuilder(CompanyFile().Get()).BuildXML(builder));
-    return std::string(builder.Buffer()->GetData(), builder.Buffer()->GetLength());
+  // The block's text at `depth` and its status.
+  std::string Build(HRESULT expected, uint32_t depth = 0) {
+    return Written(expected, [&](XMLBuilder& b) { return CCompanyBuilder(CompanyFile().Get()).BuildXML(b); }, depth);
   }
 };
 
@@ -67,136 +61,62 @@ TEST_F(CompanyBuilderTest, WritesNameEmailAddressAndPhone) {
 
 TEST_F(CompanyBuilderTest, IndentsWithTheSwitch) {
   WriteSettings("NetworkAdapter.IndentXML=1\n");
-  XMLBuilder builder(2, 4096);
-  EXPECT_EQ(S_OK, CCompanyBuilder(CompanyFile().Get()).BuildXML(builder));
   EXPECT_EQ(
-      "    <Company>\n"
-      "      <CompanyName>Acme &amp; Sons</CompanyName>\n"
-      "      <CompanyEmail>billing@acme.test</CompanyEmail>\n"
-      "      <Address>\n"
-      "        <Addr1>1 Main St</Addr1>\n"
-      "        <Addr2>Suite 5</Addr2>\n"
-      "        <City>Springfield</City>\n"
-      "        <State>IL</State>\n"
-      "        <PostalCode>62701</PostalCode>\n"
-      "        <Country>USA</Country>\n"
-      "      </Address>\n"
-      "      <CompanyPhone>555-0100</CompanyPhone>\n"
-      "    </Company>\n",
-      std::string(builder.Buffer()->GetData(), builder.Buffer()->GetLength()));
+      "    <Company>\n      <CompanyName>Acme &amp; Sons</CompanyName>\n"
+      "      <CompanyEmail>billing@acme.test</CompanyEmail>\n      <Address>\n        <Addr1>1 Main St</Addr1>\n"
+      "        <Addr2>Suite 5</Addr2>\n        <City>Springfield</City>\n        <State>IL</State>\n"
+      "        <PostalCode>62701</PostalCode>\n        <Country>USA</Country>\n      </Address>\n"
+      "      <CompanyPhone>555-0100</CompanyPhone>\n    </Company>\n",
+      Build(S_OK, 2));
 }
 
 struct CompanyFault {
-  const char* operation;
+  const char* operation;  // a fault, or an interface made unavailable
   HRESULT hr;
-  HRESULT status;          // what BuildXML returns
-  const char* text;        // what is written
-  const char* logMessage;  // the one log entry, after the prefix
+  HRESULT status;  // what BuildXML returns
+  std::string text;
+  std::vector<std::string> log;  // after the prefix, without the code
 };
 
 class CompanyFaultTest : public CompanyBuilderTest, public ::testing::WithParamInterface<CompanyFault> {};
 
 TEST_P(CompanyFaultTest, LogsAndSkipsOrStops) {
   const CompanyFault& fault = GetParam();
-  ASSERT_TRUE(Faults().Fail(fault.operation, fault.hr));
+  Inject({fault.operation, {}, fault.hr});
   EXPECT_EQ(fault.text, Build(fault.status));
-  char hr[16];
-  std::snprintf(hr, sizeof hr, "%#lx", static_cast<unsigned long>(static_cast<uint32_t>(fault.hr)));
-  EXPECT_EQ(std::vector<std::string>{kCompanyPrefix + std::string(fault.logMessage) + "  HRESULT=" + hr},
-            LogEntries());
+  std::vector<std::string> log;
+  for (const std::string& message : fault.log) log.push_back(Entry(kCompanyPrefix, message, HexCode(fault.hr)));
+  EXPECT_EQ(log, LogEntries());
 }
-
-constexpr char kUpToEmail[] =
-    "<Company>\n"
-    "<CompanyName>Acme &amp; Sons</CompanyName>\n"
-    "<CompanyEmail>billing@acme.test</CompanyEmail>\n";
 
 INSTANTIATE_TEST_SUITE_P(
     Reads, CompanyFaultTest,
     ::testing::Values(
         CompanyFault{"ICompanyFile::GetCompanyInfo", E_FAIL, E_FAIL, "",
-                     "Failed to get company info from company file in LX."},
+                     {"Failed to get company info from company file in LX."}},
         CompanyFault{"ICompanyInfo::GetCompanyName", E_ACCESSDENIED, E_ACCESSDENIED, "<Company>\n",
-                     "Failed to get company name from company info in LX."},
+                     {"Failed to get company name from company info in LX."}},
         CompanyFault{"ICompanyInfo::GetAddress", E_FAIL, E_FAIL, kUpToEmail,
-                     "Failed to get address lines from company info in LX."},
+                     {"Failed to get address lines from company info in LX."}},
         CompanyFault{"IAddress::GetPostalCode", E_OUTOFMEMORY, E_OUTOFMEMORY, kUpToEmail,
-                     "Failed to get address lines from company info in LX."},
-        CompanyFault{"ICompanyInfo2::GetEmail", E_FAIL, S_OK,
-                     "<Company>\n"
-                     "<CompanyName>Acme &amp; Sons</CompanyName>\n"
-                     "<Address>\n"
-                     "<Addr1>1 Main St</Addr1>\n"
-                     "<Addr2>Suite 5</Addr2>\n"
-                     "<City>Springfield</City>\n"
-                     "<State>IL</State>\n"
-                     "<PostalCode>62701</PostalCode>\n"
-                     "<Country>USA</Country>\n"
-                     "</Address>\n"
-                     "<CompanyPhone>555-0100</CompanyPhone>\n"
-                     "</Company>\n",
-                     "Failed to get email address from company info (2) in LX.  Skipping this "
-                     "optional element."},
-        CompanyFault{"ICompanyInfo2::GetPhone", E_FAIL, S_OK,
-                     "<Company>\n"
-                     "<CompanyName>Acme &amp; Sons</CompanyName>\n"
-                     "<CompanyEmail>billing@acme.test</CompanyEmail>\n"
-                     "<Address>\n"
-                     "<Addr1>1 Main St</Addr1>\n"
-                     "<Addr2>Suite 5</Addr2>\n"
-                     "<City>Springfield</City>\n"
-                     "<State>IL</State>\n"
-                     "<PostalCode>62701</PostalCode>\n"
-                     "<Country>USA</Country>\n"
-                     "</Address>\n"
-                     "</Company>\n",
-                     "Failed to get phone number from company info (2) in LX.  Skipping this "
-                     "optional element."}));
-
-TEST_F(CompanyBuilderTest, WithoutSecondCompanyInfoWritesNameAndAddressOnly) {
-  ASSERT_TRUE(Faults().MakeUnavailable("ICompanyInfo2"));
-  EXPECT_EQ(
-      "<Company>\n"
-      "<CompanyName>Acme &amp; Sons</CompanyName>\n"
-      "<Address>\n"
-      "<Addr1>1 Main St</Addr1>\n"
-      "<Addr2>Suite 5</Addr2>\n"
-      "<City>Springfield</City>\n"
-      "<State>IL</State>\n"
-      "<PostalCode>62701</PostalCode>\n"
-      "<Country>USA</Country>\n"
-      "</Address>\n"
-      "</Company>\n",
-      Build(S_OK));
-  EXPECT_EQ((std::vector<std::string>{
-                std::string(kCompanyPrefix) +
-                    "Failed to get email address from company info (2) in LX.  Skipping this "
-                    "optional element.  HRESULT=0x80004002",
-                std::string(kCompanyPrefix) +
-                    "Failed to get phone number from company info (2) in LX.  Skipping this "
-                    "optional element.  HRESULT=0x80004002"}),
-            LogEntries());
-}
+                     {"Failed to get address lines from company info in LX."}},
+        CompanyFault{"ICompanyInfo2::GetEmail", E_FAIL, S_OK, WithoutLines(kWholeCompany, {kEmail}), {kNoEmail}},
+        CompanyFault{"ICompanyInfo2::GetPhone", E_FAIL, S_OK, WithoutLines(kWholeCompany, {kPhone}), {kNoPhone}},
+        // Without the second company info the block has name and address only.
+        CompanyFault{"ICompanyInfo2", E_NOINTERFACE, S_OK, WithoutLines(kWholeCompany, {kEmail, kPhone}),
+                     {kNoEmail, kNoPhone}}));
 
 TEST_F(CompanyBuilderTest, EmptyAddressIsLeftOut) {
   UseCompany(R"({"company": {"companyName": "Bare"}})");
-  EXPECT_EQ(
-      "<Company>\n"
-      "<CompanyName>Bare</CompanyName>\n"
-      "<CompanyEmail></CompanyEmail>\n"
-      "<CompanyPhone></CompanyPhone>\n"
-      "</Company>\n",
-      Build(S_OK));
+  EXPECT_EQ("<Company>\n<CompanyName>Bare</CompanyName>\n<CompanyEmail></CompanyEmail>\n"
+            "<CompanyPhone></CompanyPhone>\n</Company>\n",
+            Build(S_OK));
 }
 
 TEST_F(CompanyBuilderTest, MissingCompanyFileRaisesPointerError) {
   XMLBuilder builder(0, 4096);
-  try {
-    CCompanyBuilder(static_cast<ICompanyFile*>(nullptr)).BuildXML(builder);
-    ADD_FAILURE() << "no ComError";
-  } catch (const ComError& error) {
-    EXPECT_EQ(E_POINTER, error.Error());
-  }
+  EXPECT_EQ(E_POINTER,
+            ErrorRaisedBy([&] { CCompanyBuilder(static_cast<ICompanyFile*>(nullptr)).BuildXML(builder); }));
   EXPECT_EQ(0u, builder.Buffer()->GetLength());
 }
 
@@ -224,86 +144,66 @@ class SalesTaxTest : public CompanyBuilderTest {
   }
 
   template <class Builder>
-  std::string Build(Builder&& taxBuilder, HRESULT expected) {
-    XMLBuilder builder(0, 4096);
-    EXPECT_EQ(expected, taxBuilder.BuildXML(builder));
-    return std::string(builder.Buffer()->GetData(), builder.Buffer()->GetLength());
+  static std::string Build(Builder&& taxBuilder, HRESULT expected) {
+    return Written(expected, [&](XMLBuilder& b) { return taxBuilder.BuildXML(b); });
   }
 };
 
 TEST_F(SalesTaxTest, SalesTaxWritesNameRateAndTotal) {
-  EXPECT_EQ(
-      "<SalesTax>\n"
-      "<ItemName>Taxes:County &lt;5%&gt;</ItemName>\n"
-      "<Rate>8.25</Rate>\n"
-      "<SalesTaxTotal>12.30</SalesTaxTotal>\n"
-      "</SalesTax>\n",
-      Build(CSalesTaxBuilder(SalesTaxItem(), Amount("8.25"), 12.3), S_OK));
+  EXPECT_EQ("<SalesTax>\n<ItemName>Taxes:County &lt;5%&gt;</ItemName>\n<Rate>8.25</Rate>\n"
+            "<SalesTaxTotal>12.30</SalesTaxTotal>\n</SalesTax>\n",
+            Build(CSalesTaxBuilder(SalesTaxItem(), Amount("8.25"), 12.3), S_OK));
   EXPECT_TRUE(LogEntries().empty());
 }
 
 TEST_F(SalesTaxTest, SalesTaxDataWritesIdPercentageTotalAndFlag) {
-  EXPECT_EQ(
-      "<SalesTaxData>\n"
-      "<SalesTaxID>30</SalesTaxID>\n"
-      "<SalesTaxPercentage>7.50</SalesTaxPercentage>\n"
-      "<SalesTaxTotal>-3.10</SalesTaxTotal>\n"
-      "<PrintAsLineItem>Y</PrintAsLineItem>\n"
-      "</SalesTaxData>\n"
-      "<SalesTaxData>\n"
-      "<SalesTaxID>30</SalesTaxID>\n"
-      "<SalesTaxPercentage></SalesTaxPercentage>\n"
-      "<SalesTaxTotal>0.00</SalesTaxTotal>\n"
-      "<PrintAsLineItem>N</PrintAsLineItem>\n"
-      "</SalesTaxData>\n",
-      Build(CSalesTaxDataBuilder(SalesTaxItem(), Amount("7,50"), -3.1, VARIANT_TRUE), S_OK) +
-          Build(CSalesTaxDataBuilder(SalesTaxItem(), Amount(""), 0, VARIANT_FALSE), S_OK));
+  EXPECT_EQ("<SalesTaxData>\n<SalesTaxID>30</SalesTaxID>\n<SalesTaxPercentage>7.50</SalesTaxPercentage>\n"
+            "<SalesTaxTotal>-3.10</SalesTaxTotal>\n<PrintAsLineItem>Y</PrintAsLineItem>\n</SalesTaxData>\n",
+            Build(CSalesTaxDataBuilder(SalesTaxItem(), Amount("7,50"), -3.1, VARIANT_TRUE), S_OK));
+  EXPECT_EQ("<SalesTaxData>\n<SalesTaxID>30</SalesTaxID>\n<SalesTaxPercentage></SalesTaxPercentage>\n"
+            "<SalesTaxTotal>0.00</SalesTaxTotal>\n<PrintAsLineItem>N</PrintAsLineItem>\n</SalesTaxData>\n",
+            Build(CSalesTaxDataBuilder(SalesTaxItem(), Amount(""), 0, VARIANT_FALSE), S_OK));
 }
 
-TEST_F(SalesTaxTest, SalesTaxFailuresLeaveTheAggregateOpen) {
-  ASSERT_TRUE(Faults().Fail("IItem::GetFullName", E_FAIL));
-  EXPECT_EQ("<SalesTax>\n", Build(CSalesTaxBuilder(SalesTaxItem(), Amount("8.25"), 1), E_FAIL));
-  Faults().Clear();
-  EXPECT_EQ("<SalesTax>\n<ItemName>Taxes:County &lt;5%&gt;</ItemName>\n",
-            Build(CSalesTaxBuilder(SalesTaxItem(), Amount("8.25", E_ACCESSDENIED), 1), E_ACCESSDENIED));
-  EXPECT_EQ((std::vector<std::string>{
-                "Parcelon:CSalesTaxBuilder::BuildXML(XMLBuilder&): Failed to get full name from "
-                "item in LX for sales tax.  HRESULT=0x80004005",
-                "Parcelon:CSalesTaxBuilder::BuildXML(XMLBuilder&): Failed converting amount to "
-                "XML for rate for sales tax.  HRESULT=0x80070005"}),
-            LogEntries());
-}
-
-TEST_F(SalesTaxTest, SalesTaxDataFailuresLeaveTheAggregateOpen) {
-  ASSERT_TRUE(Faults().Fail("IItem::GetRecNum", E_FAIL));
-  EXPECT_EQ("<SalesTaxData>\n",
-            Build(CSalesTaxDataBuilder(SalesTaxItem(), Amount("1"), 1, VARIANT_TRUE), E_FAIL));
-  Faults().Clear();
-  EXPECT_EQ("<SalesTaxData>\n<SalesTaxID>30</SalesTaxID>\n",
-            Build(CSalesTaxDataBuilder(SalesTaxItem(), Amount("1", E_ACCESSDENIED), 1, VARIANT_TRUE),
-                  E_ACCESSDENIED));
-  EXPECT_EQ((std::vector<std::string>{
-                "Parcelon:CSalesTaxDataBuilder::BuildXML(XMLBuilder&): Failed to get record "
-                "number from item in LX for sales tax data.  HRESULT=0x80004005",
-                "Parcelon:CSalesTaxDataBuilder::BuildXML(XMLBuilder&): Failed converting amount "
-                "to XML for sales tax percentage.  HRESULT=0x80070005"}),
-            LogEntries());
+// A failed read leaves the aggregate open with what was written before it.
+TEST_F(SalesTaxTest, FailuresLeaveTheAggregateOpen) {
+  const std::string tax = "Parcelon:CSalesTaxBuilder::BuildXML(XMLBuilder&): ";
+  const std::string data = "Parcelon:CSalesTaxDataBuilder::BuildXML(XMLBuilder&): ";
+  const struct {
+    const char* fault;  // an item read failing, or none: the amount's text fails
+    bool dataBuilder;
+    HRESULT status;
+    const char* text;
+    std::string log;
+  } cases[] = {
+      {"IItem::GetFullName", false, E_FAIL, "<SalesTax>\n",
+       Entry(tax, "Failed to get full name from item in LX for sales tax.")},
+      {nullptr, false, E_ACCESSDENIED, "<SalesTax>\n<ItemName>Taxes:County &lt;5%&gt;</ItemName>\n",
+       Entry(tax, "Failed converting amount to XML for rate for sales tax.", "0x80070005")},
+      {"IItem::GetRecNum", true, E_FAIL, "<SalesTaxData>\n",
+       Entry(data, "Failed to get record number from item in LX for sales tax data.")},
+      {nullptr, true, E_ACCESSDENIED, "<SalesTaxData>\n<SalesTaxID>30</SalesTaxID>\n",
+       Entry(data, "Failed converting amount to XML for sales tax percentage.", "0x80070005")},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    StartCase();
+    if (c.fault) {
+      ASSERT_TRUE(Faults().Fail(c.fault, E_FAIL));
+    }
+    const IAmountPtr amount = Amount("1", c.fault ? S_OK : E_ACCESSDENIED);
+    EXPECT_EQ(c.text, c.dataBuilder ? Build(CSalesTaxDataBuilder(SalesTaxItem(), amount, 1, VARIANT_TRUE), c.status)
+                                    : Build(CSalesTaxBuilder(SalesTaxItem(), amount, 1), c.status));
+    EXPECT_EQ(std::vector<std::string>{c.log}, LogEntries());
+  }
 }
 
 TEST_F(SalesTaxTest, MissingItemOrAmountRaisesPointerError) {
   XMLBuilder builder(0, 4096);
-  const auto code = [&](auto&& action) {
-    try {
-      action();
-    } catch (const ComError& error) {
-      return error.Error();
-    }
-    return S_OK;
-  };
-  EXPECT_EQ(E_POINTER, code([&] { CSalesTaxBuilder(nullptr, Amount("1"), 1).BuildXML(builder); }));
-  EXPECT_EQ(E_POINTER, code([&] { CSalesTaxBuilder(SalesTaxItem(), nullptr, 1).BuildXML(builder); }));
+  EXPECT_EQ(E_POINTER, ErrorRaisedBy([&] { CSalesTaxBuilder(nullptr, Amount("1"), 1).BuildXML(builder); }));
+  EXPECT_EQ(E_POINTER, ErrorRaisedBy([&] { CSalesTaxBuilder(SalesTaxItem(), nullptr, 1).BuildXML(builder); }));
   EXPECT_EQ(E_POINTER,
-            code([&] { CSalesTaxDataBuilder(nullptr, Amount("1"), 1, VARIANT_TRUE).BuildXML(builder); }));
+            ErrorRaisedBy([&] { CSalesTaxDataBuilder(nullptr, Amount("1"), 1, VARIANT_TRUE).BuildXML(builder); }));
 }
 
 }  // namespace

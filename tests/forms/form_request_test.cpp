@@ -3,7 +3,10 @@
 // documents, and every failure of the envelope reached through the host's faults.
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "forms/FormRequest.h"
@@ -37,86 +40,53 @@ constexpr char kFixture[] = R"({
 })";
 
 constexpr char kCompanyBlock[] =
-    "<Company>\n"
-    "<CompanyName>Acme &amp; Sons</CompanyName>\n"
-    "<CompanyEmail>billing@acme.test</CompanyEmail>\n"
-    "<Address>\n"
-    "<Addr1>1 Main St</Addr1>\n"
-    "<City>Springfield</City>\n"
-    "</Address>\n"
-    "<CompanyPhone>555-0100</CompanyPhone>\n"
+    "<Company>\n<CompanyName>Acme &amp; Sons</CompanyName>\n<CompanyEmail>billing@acme.test</CompanyEmail>\n<Address>\n"
+    "<Addr1>1 Main St</Addr1>\n<City>Springfield</City>\n</Address>\n<CompanyPhone>555-0100</CompanyPhone>\n"
     "</Company>\n";
 
-const std::string kInvoiceForm = std::string("<InvoiceForm>\n") + kCompanyBlock +
-                                 "<InvoiceDetail>\n"
-                                 "<TranID>100</TranID>\n"
-                                 "<TranNum>4711</TranNum>\n"
-                                 "<TotalAmount>99.50</TotalAmount>\n"
-                                 "<TMCreateStamp>0</TMCreateStamp>\n"
-                                 "<CustomerJobID>10</CustomerJobID>\n"
-                                 "<CustomerJobName>Bob&apos;s Barn</CustomerJobName>\n"
-                                 "<InvoiceNum>INV-1</InvoiceNum>\n"
-                                 "<BalRemaining>99.50</BalRemaining>\n"
-                                 "</InvoiceDetail>\n"
-                                 "</InvoiceForm>\n";
+const std::string kInvoiceForm =
+    FormText("Invoice",
+             "<TranID>100</TranID>\n<TranNum>4711</TranNum>\n<TotalAmount>99.50</TotalAmount>\n"
+             "<TMCreateStamp>0</TMCreateStamp>\n<CustomerJobID>10</CustomerJobID>\n"
+             "<CustomerJobName>Bob&apos;s Barn</CustomerJobName>\n<InvoiceNum>INV-1</InvoiceNum>\n"
+             "<BalRemaining>99.50</BalRemaining>\n",
+             kCompanyBlock);
 
-const std::string kEstimateForm = std::string("<EstimateForm>\n") + kCompanyBlock +
-                                  "<EstimateDetail>\n"
-                                  "<TranID>200</TranID>\n"
-                                  "<TranNum>12</TranNum>\n"
-                                  "<TotalAmount>10.00</TotalAmount>\n"
-                                  "<TMCreateStamp>0</TMCreateStamp>\n"
-                                  "<Project>Roof</Project>\n"
-                                  "<CustomerJobID>11</CustomerJobID>\n"
-                                  "<CustomerJobName>Bob&apos;s Barn:Roof</CustomerJobName>\n"
-                                  "<EstimateNum>E-2</EstimateNum>\n"
-                                  "</EstimateDetail>\n"
-                                  "</EstimateForm>\n";
+const std::string kEstimateForm =
+    FormText("Estimate",
+             "<TranID>200</TranID>\n<TranNum>12</TranNum>\n<TotalAmount>10.00</TotalAmount>\n"
+             "<TMCreateStamp>0</TMCreateStamp>\n<Project>Roof</Project>\n<CustomerJobID>11</CustomerJobID>\n"
+             "<CustomerJobName>Bob&apos;s Barn:Roof</CustomerJobName>\n<EstimateNum>E-2</EstimateNum>\n",
+             kCompanyBlock);
 
 // A statement of job 11 for March 2009, dated 7 March, due 6 April.
-const std::string kStatementForm = std::string("<StatementForm>\n") + kCompanyBlock +
-                                   "<StatementDetail>\n"
-                                   "<StatementID>7</StatementID>\n"
-                                   "<StatementDate>20090307</StatementDate>\n"
-                                   "<DueDate>20090406</DueDate>\n"
-                                   "<AmountDue>1,234.50</AmountDue>\n"
-                                   "<CustomerJobName>Bob&apos;s Barn:Roof</CustomerJobName>\n"
-                                   "<CustomerJobID>11</CustomerJobID>\n"
-                                   "<BillAddress>\n"
-                                   "<Addr1>9 Farm Rd</Addr1>\n"
-                                   "<City>Dale</City>\n"
-                                   "</BillAddress>\n"
-                                   "<StatementFromDate>20090301</StatementFromDate>\n"
-                                   "<StatementToDate>20090331</StatementToDate>\n"
-                                   "</StatementDetail>\n"
-                                   "</StatementForm>\n";
+const std::string kStatementForm =
+    FormText("Statement",
+             "<StatementID>7</StatementID>\n<StatementDate>20090307</StatementDate>\n<DueDate>20090406</DueDate>\n"
+             "<AmountDue>1,234.50</AmountDue>\n<CustomerJobName>Bob&apos;s Barn:Roof</CustomerJobName>\n"
+             "<CustomerJobID>11</CustomerJobID>\n<BillAddress>\n<Addr1>9 Farm Rd</Addr1>\n<City>Dale</City>\n"
+             "</BillAddress>\n<StatementFromDate>20090301</StatementFromDate>\n"
+             "<StatementToDate>20090331</StatementToDate>\n",
+             kCompanyBlock);
 
 constexpr char kServiceStatus[] =
     "<ServiceStatusData>\n<ServiceDesc>lxob1.lxn</ServiceDesc>\n<StatusValue>1</StatusValue>\n</ServiceStatusData>\n"
     "<ServiceStatusData>\n<ServiceDesc>lxob2.lxn</ServiceDesc>\n<StatusValue>0</StatusValue>\n</ServiceStatusData>\n"
     "<ServiceStatusData>\n<ServiceDesc>lxobpay.lxn</ServiceDesc>\n<StatusValue>2</StatusValue>\n</ServiceStatusData>\n"
-    "<ServiceStatusData>\n<ServiceDesc>lxobpaper.lxn</ServiceDesc>\n<StatusValue>-1</StatusValue>\n</ServiceStatusData>\n";
+    "<ServiceStatusData>\n<ServiceDesc>lxobpaper.lxn</ServiceDesc>\n<StatusValue>-1</StatusValue>\n"
+    "</ServiceStatusData>\n";
 
 constexpr char kEMailData[] =
-    "<EMailData>\n"
-    "<EMailFrom>billing@acme.test</EMailFrom>\n"
-    "<EMailTo>bob@barn.test</EMailTo>\n"
-    "<EMailSubject>Invoice INV-1 &amp; more</EMailSubject>\n"
-    "<EMailText>Dear Bob,\nplease find attached.</EMailText>\n"
-    "<AllowPayment>Y</AllowPayment>\n"
-    "<AllowPosting>N</AllowPosting>\n"
-    "</EMailData>\n";
+    "<EMailData>\n<EMailFrom>billing@acme.test</EMailFrom>\n<EMailTo>bob@barn.test</EMailTo>\n"
+    "<EMailSubject>Invoice INV-1 &amp; more</EMailSubject>\n<EMailText>Dear Bob,\nplease find attached.</EMailText>\n"
+    "<AllowPayment>Y</AllowPayment>\n<AllowPosting>N</AllowPosting>\n</EMailData>\n";
 
-constexpr char kAttachments[] =
-    "<Attachments>\n"
-    "<MsgID>MSG-0001</MsgID>\n"
-    "<AttachmentInfo>\n"
-    "<FileName>inv 1.pdf</FileName>\n"
-    "<FormType>Invoice</FormType>\n"
-    "<DocType>pdf</DocType>\n"
-    "<RemoveOnSend>N</RemoveOnSend>\n"
-    "</AttachmentInfo>\n"
-    "</Attachments>\n";
+// The description of the uploaded attachment "inv 1.pdf" of a form of `formType`.
+std::string Attachments(const std::string& formType = "Invoice", const char* removeOnSend = "N") {
+  return "<Attachments>\n<MsgID>MSG-0001</MsgID>\n<AttachmentInfo>\n<FileName>inv 1.pdf</FileName>\n<FormType>" +
+         formType + "</FormType>\n<DocType>pdf</DocType>\n<RemoveOnSend>" + removeOnSend +
+         "</RemoveOnSend>\n</AttachmentInfo>\n</Attachments>\n";
+}
 
 constexpr char kBuildXMLPrefix[] = "Parcelon:CNA_Form::BuildXML(short, BSTR*): ";
 constexpr char kLXOBPrefix[] = "Parcelon:CNA_Form::BuildLXOBFormXML: ";
@@ -125,8 +95,10 @@ constexpr char kServicesPrefix[] =
 constexpr char kCompanyFilePrefix[] = "Parcelon:CNA_Form::GetCurrentCompanyFilePtr(ICompanyFilePtr&): ";
 constexpr char kCompanyUIDPrefix[] = "Parcelon:CNA_Form::RetreiveCompanyUID(OLAString*): ";
 
-std::string Entry(const char* prefix, const char* message, const char* hr = "0x80004005") {
-  return std::string(prefix) + message + "  HRESULT=" + hr;
+// The request of kind `rq` that carries `body`, with its trnUID as "*".
+std::string Envelope(const std::string& rq, const std::string& body) {
+  return "<LXNParcelonMsgsRq version=\"1\">\n<" + rq + " trnUID=\"*\">\n<AuthID>AUTH-7</AuthID>\n" +
+         "<CompanyUID>UID-42</CompanyUID>\n" + body + "</" + rq + ">\n</LXNParcelonMsgsRq>\n";
 }
 
 using TextSetter = HRESULT (STDMETHODCALLTYPE INA_Form7::*)(BSTR);
@@ -142,6 +114,9 @@ class FormRequestTest : public FormsTest {
   static void Set(const INA_Form7Ptr& form, TextSetter put, const char* value) {
     ASSERT_EQ(S_OK, (form.Get()->*put)(MakeBstr(value).Get()));
   }
+  static void Set(const INA_Form7Ptr& form, std::initializer_list<std::pair<TextSetter, const char*>> values) {
+    for (const auto& [put, value] : values) Set(form, put, value);
+  }
   static void Set(const INA_Form7Ptr& form, BoolSetter put, bool value) {
     ASSERT_EQ(S_OK, (form.Get()->*put)(value ? VARIANT_TRUE : VARIANT_FALSE));
   }
@@ -153,14 +128,12 @@ class FormRequestTest : public FormsTest {
     EXPECT_EQ(S_OK, form->put_FormType(type));
     EXPECT_EQ(S_OK, form->put_SendMethod(method));
     EXPECT_EQ(S_OK, form->put_TransactionRecordNumber(recNum));
-    Set(form, &INA_Form::put_From, "billing@acme.test");
-    Set(form, &INA_Form::put_To, "bob@barn.test");
-    Set(form, &INA_Form::put_Subject, "Invoice INV-1 & more");
-    Set(form, &INA_Form::put_Text, "Dear Bob,\nplease find attached.");
+    Set(form, {{&INA_Form::put_From, "billing@acme.test"}, {&INA_Form::put_To, "bob@barn.test"},
+               {&INA_Form::put_Subject, "Invoice INV-1 & more"},
+               {&INA_Form::put_Text, "Dear Bob,\nplease find attached."}});
     Set(form, &INA_Form::put_Pay, true);
-    Set(form, &INA_Form5::put_MessageID, "MSG-0001");
-    Set(form, &INA_Form5::put_AttachmentFileName, "inv 1.pdf");
-    Set(form, &INA_Form5::put_DocType, "pdf");
+    Set(form, {{&INA_Form5::put_MessageID, "MSG-0001"}, {&INA_Form5::put_AttachmentFileName, "inv 1.pdf"},
+               {&INA_Form5::put_DocType, "pdf"}});
     return form;
   }
 
@@ -175,11 +148,6 @@ class FormRequestTest : public FormsTest {
     Set(form, &INA_Form2::put_StatementAmountDue, "1,234.50");
   }
 
-  // The request of kind `rq` that carries `body`, with its trnUID as "*".
-  static std::string Envelope(const std::string& rq, const std::string& body) {
-    return "<LXNParcelonMsgsRq version=\"1\">\n<" + rq + " trnUID=\"*\">\n<AuthID>AUTH-7</AuthID>\n" +
-           "<CompanyUID>UID-42</CompanyUID>\n" + body + "</" + rq + ">\n</LXNParcelonMsgsRq>\n";
-  }
 
   // The request of `form`, with its trnUIDs as "*".
   std::string Request(const INA_Form7Ptr& form, HRESULT expected = S_OK) {
@@ -193,16 +161,15 @@ class FormRequestTest : public FormsTest {
 
 TEST_F(FormRequestTest, EMailedInvoiceWithoutCopiesOrReplyAddress) {
   EXPECT_EQ(Envelope("InvoiceEMailRq",
-                     kEMailData + kInvoiceForm + kServiceStatus + kAttachments + "<BatchSend>N</BatchSend>\n"),
+                     kEMailData + kInvoiceForm + kServiceStatus + Attachments() + "<BatchSend>N</BatchSend>\n"),
             Request(Form(naftINVOICE, nastEMAIL, 100)));
   EXPECT_TRUE(LogEntries().empty());
 }
 
 TEST_F(FormRequestTest, EMailedInvoiceWithCopiesReplyAddressAndBatch) {
   const INA_Form7Ptr form = Form(naftINVOICE, nastEMAIL, 100);
-  Set(form, &INA_Form::put_Cc, "acct@barn.test");
-  Set(form, &INA_Form::put_Bcc, "<archive>@acme.test");
-  Set(form, &INA_Form::put_ReplyTo, "ar@acme.test");
+  Set(form, {{&INA_Form::put_Cc, "acct@barn.test"}, {&INA_Form::put_Bcc, "<archive>@acme.test"},
+             {&INA_Form::put_ReplyTo, "ar@acme.test"}});
   Set(form, &INA_Form::put_Pay, false);
   Set(form, &INA_Form::put_Post, true);
   Set(form, &INA_Form5::put_BatchSend, true);
@@ -215,19 +182,9 @@ TEST_F(FormRequestTest, EMailedInvoiceWithCopiesReplyAddressAndBatch) {
                                                    "<EMailReplyTo>ar@acme.test</EMailReplyTo>\n"
                                                    "<EMailSubject>Invoice INV-1 &amp; more</EMailSubject>\n"
                                                    "<EMailText>Dear Bob,\nplease find attached.</EMailText>\n"
-                                                   "<AllowPayment>N</AllowPayment>\n"
-                                                   "<AllowPosting>Y</AllowPosting>\n"
+                                                   "<AllowPayment>N</AllowPayment>\n<AllowPosting>Y</AllowPosting>\n"
                                                    "</EMailData>\n") +
-                                           kInvoiceForm + kServiceStatus +
-                                           "<Attachments>\n"
-                                           "<MsgID>MSG-0001</MsgID>\n"
-                                           "<AttachmentInfo>\n"
-                                           "<FileName>inv 1.pdf</FileName>\n"
-                                           "<FormType>Invoice</FormType>\n"
-                                           "<DocType>pdf</DocType>\n"
-                                           "<RemoveOnSend>Y</RemoveOnSend>\n"
-                                           "</AttachmentInfo>\n"
-                                           "</Attachments>\n"
+                                           kInvoiceForm + kServiceStatus + Attachments("Invoice", "Y") +
                                            "<BatchSend>Y</BatchSend>\n"),
             Request(form));
 }
@@ -239,12 +196,9 @@ TEST_F(FormRequestTest, UnsetAddressesAndTextsAreWrittenEmpty) {
   ASSERT_EQ(S_OK, form->put_TransactionRecordNumber(100));
   // Nor is there an attachment to describe.
   EXPECT_EQ(Envelope("InvoiceEMailRq", std::string("<EMailData>\n"
-                                                   "<EMailFrom></EMailFrom>\n"
-                                                   "<EMailTo></EMailTo>\n"
-                                                   "<EMailSubject></EMailSubject>\n"
-                                                   "<EMailText></EMailText>\n"
-                                                   "<AllowPayment>N</AllowPayment>\n"
-                                                   "<AllowPosting>N</AllowPosting>\n"
+                                                   "<EMailFrom></EMailFrom>\n<EMailTo></EMailTo>\n"
+                                                   "<EMailSubject></EMailSubject>\n<EMailText></EMailText>\n"
+                                                   "<AllowPayment>N</AllowPayment>\n<AllowPosting>N</AllowPosting>\n"
                                                    "</EMailData>\n") +
                                            kInvoiceForm + kServiceStatus + "<BatchSend>N</BatchSend>\n"),
             Request(form));
@@ -266,18 +220,11 @@ TEST_F(FormRequestTest, AttachmentIsDescribedOnlyWithAllThreeValues) {
 TEST_F(FormRequestTest, EMailedEstimateAndStatement) {
   const INA_Form7Ptr statement = Form(naftSTATEMENT, nastEMAIL, 0);
   SetStatement(statement);
-  const std::string estimateAttachments =
-      "<Attachments>\n<MsgID>MSG-0001</MsgID>\n<AttachmentInfo>\n<FileName>inv 1.pdf</FileName>\n"
-      "<FormType>Estimate</FormType>\n<DocType>pdf</DocType>\n<RemoveOnSend>N</RemoveOnSend>\n"
-      "</AttachmentInfo>\n</Attachments>\n";
-  const std::string statementAttachments =
-      "<Attachments>\n<MsgID>MSG-0001</MsgID>\n<AttachmentInfo>\n<FileName>inv 1.pdf</FileName>\n"
-      "<FormType>Statement</FormType>\n<DocType>pdf</DocType>\n<RemoveOnSend>N</RemoveOnSend>\n"
-      "</AttachmentInfo>\n</Attachments>\n";
   EXPECT_EQ(Envelope("EstimateEMailRq",
-                     kEMailData + kEstimateForm + kServiceStatus + estimateAttachments + "<BatchSend>N</BatchSend>\n"),
+                     kEMailData + kEstimateForm + kServiceStatus + Attachments("Estimate") +
+                         "<BatchSend>N</BatchSend>\n"),
             Request(Form(naftESTIMATE, nastEMAIL, 200)));
-  EXPECT_EQ(Envelope("StatementEMailRq", kEMailData + kStatementForm + kServiceStatus + statementAttachments +
+  EXPECT_EQ(Envelope("StatementEMailRq", kEMailData + kStatementForm + kServiceStatus + Attachments("Statement") +
                                              "<BatchSend>N</BatchSend>\n"),
             Request(statement));
   EXPECT_TRUE(LogEntries().empty());
@@ -288,25 +235,15 @@ TEST_F(FormRequestTest, EMailedEstimateAndStatement) {
 TEST_F(FormRequestTest, FaxedInvoiceHasSenderRecipientAndNoteButNoStatusOrAttachment) {
   const INA_Form7Ptr form = Form(naftINVOICE, nastFAX, 100);
   Set(form, &INA_Form5::put_BatchSend, true);
-  Set(form, &INA_Form::put_Fax_FromCompanyName, "Acme & Sons");
-  Set(form, &INA_Form::put_Fax_FromTelephoneNumber, "555-0100");
-  Set(form, &INA_Form::put_Fax_FromFaxNumber, "555-0101");
-  Set(form, &INA_Form::put_Fax_ToCompanyName, "Bob's Barn");
-  Set(form, &INA_Form::put_Fax_ToRecipientName, "Bob");
-  Set(form, &INA_Form::put_Fax_ToFaxNumber, "555-0199");
+  Set(form, {{&INA_Form::put_Fax_FromCompanyName, "Acme & Sons"}, {&INA_Form::put_Fax_FromTelephoneNumber, "555-0100"},
+             {&INA_Form::put_Fax_FromFaxNumber, "555-0101"}, {&INA_Form::put_Fax_ToCompanyName, "Bob's Barn"},
+             {&INA_Form::put_Fax_ToRecipientName, "Bob"}, {&INA_Form::put_Fax_ToFaxNumber, "555-0199"}});
   EXPECT_EQ(Envelope("InvoiceFaxRq", std::string("<FaxData>\n"
-                                                 "<SenderInfo>\n"
-                                                 "<CompanyName>Acme &amp; Sons</CompanyName>\n"
-                                                 "<Fax>555-0101</Fax>\n"
-                                                 "<Phone>555-0100</Phone>\n"
-                                                 "</SenderInfo>\n"
-                                                 "<RecipientInfo>\n"
-                                                 "<CompanyName>Bob&apos;s Barn</CompanyName>\n"
-                                                 "<Name>Bob</Name>\n"
-                                                 "<Fax>555-0199</Fax>\n"
-                                                 "</RecipientInfo>\n"
-                                                 "<Note>Dear Bob,\nplease find attached.</Note>\n"
-                                                 "</FaxData>\n") +
+                                                 "<SenderInfo>\n<CompanyName>Acme &amp; Sons</CompanyName>\n"
+                                                 "<Fax>555-0101</Fax>\n<Phone>555-0100</Phone>\n</SenderInfo>\n"
+                                                 "<RecipientInfo>\n<CompanyName>Bob&apos;s Barn</CompanyName>\n"
+                                                 "<Name>Bob</Name>\n<Fax>555-0199</Fax>\n</RecipientInfo>\n"
+                                                 "<Note>Dear Bob,\nplease find attached.</Note>\n</FaxData>\n") +
                                          kInvoiceForm),
             Request(form));
 }
@@ -316,13 +253,8 @@ TEST_F(FormRequestTest, FaxedEstimateAndStatementWithTheLeastFaxData) {
   Set(estimate, &INA_Form::put_Text, "");
   Set(estimate, &INA_Form::put_Fax_FromFaxNumber, "555-0101");
   EXPECT_EQ(Envelope("EstimateFaxRq", std::string("<FaxData>\n"
-                                                  "<SenderInfo>\n"
-                                                  "<Fax>555-0101</Fax>\n"
-                                                  "</SenderInfo>\n"
-                                                  "<RecipientInfo>\n"
-                                                  "<Fax></Fax>\n"
-                                                  "</RecipientInfo>\n"
-                                                  "</FaxData>\n") +
+                                                  "<SenderInfo>\n<Fax>555-0101</Fax>\n</SenderInfo>\n<RecipientInfo>\n"
+                                                  "<Fax></Fax>\n</RecipientInfo>\n</FaxData>\n") +
                                           kEstimateForm),
             Request(estimate));
 
@@ -331,9 +263,7 @@ TEST_F(FormRequestTest, FaxedEstimateAndStatementWithTheLeastFaxData) {
   Set(statement, &INA_Form::put_Text, "");
   Set(statement, &INA_Form::put_Fax_ToFaxNumber, "555-0199");
   EXPECT_EQ(Envelope("StatementFaxRq", std::string("<FaxData>\n"
-                                                   "<RecipientInfo>\n"
-                                                   "<Fax>555-0199</Fax>\n"
-                                                   "</RecipientInfo>\n"
+                                                   "<RecipientInfo>\n<Fax>555-0199</Fax>\n</RecipientInfo>\n"
                                                    "</FaxData>\n") +
                                            kStatementForm),
             Request(statement));
@@ -343,47 +273,34 @@ TEST_F(FormRequestTest, FaxedEstimateAndStatementWithTheLeastFaxData) {
 
 TEST_F(FormRequestTest, InvoiceByPaperMail) {
   const INA_Form7Ptr form = Form(naftINVOICE, nastPAPER_MAIL, 100);
-  Set(form, &INA_Form5::put_PaperMail_FromAttention, "Billing");
-  Set(form, &INA_Form5::put_PaperMail_FromAddresseeName, "Acme & Sons");
-  Set(form, &INA_Form5::put_PaperMail_FromStreetAddress1, "1 Main St");
-  Set(form, &INA_Form5::put_PaperMail_FromStreetAddress2, "Suite 5");
-  Set(form, &INA_Form5::put_PaperMail_FromCity, "Springfield");
-  Set(form, &INA_Form5::put_PaperMail_FromState, "IL");
-  Set(form, &INA_Form5::put_PaperMail_FromPostalCode, "62701");
-  Set(form, &INA_Form5::put_PaperMail_FromCountry, "USA");
-  Set(form, &INA_Form5::put_PaperMail_ToAddresseeName, "Bob's Barn");
-  Set(form, &INA_Form5::put_PaperMail_ToStreetAddress1, "9 Farm Rd");
-  Set(form, &INA_Form5::put_PaperMail_ToCity, "Dale");
-  Set(form, &INA_Form5::put_CoverLetter, "Thank you for your business.");
+  Set(form, {{&INA_Form5::put_PaperMail_FromAttention, "Billing"},
+             {&INA_Form5::put_PaperMail_FromAddresseeName, "Acme & Sons"},
+             {&INA_Form5::put_PaperMail_FromStreetAddress1, "1 Main St"},
+             {&INA_Form5::put_PaperMail_FromStreetAddress2, "Suite 5"},
+             {&INA_Form5::put_PaperMail_FromCity, "Springfield"}, {&INA_Form5::put_PaperMail_FromState, "IL"},
+             {&INA_Form5::put_PaperMail_FromPostalCode, "62701"}, {&INA_Form5::put_PaperMail_FromCountry, "USA"},
+             {&INA_Form5::put_PaperMail_ToAddresseeName, "Bob's Barn"},
+             {&INA_Form5::put_PaperMail_ToStreetAddress1, "9 Farm Rd"}, {&INA_Form5::put_PaperMail_ToCity, "Dale"},
+             {&INA_Form5::put_CoverLetter, "Thank you for your business."}});
   Set(form, &INA_Form5::put_IsSample, true);
   Set(form, &INA_Form5::put_UseColor, false);
   Set(form, &INA_Form5::put_BatchSend, true);
   EXPECT_EQ(Envelope("InvoicePaperMailRq", std::string("<PaperMailData>\n"
-                                                       "<PaperMailFrom>\n"
-                                                       "<Attention>Billing</Attention>\n"
+                                                       "<PaperMailFrom>\n<Attention>Billing</Attention>\n"
                                                        "<AddresseeName>Acme &amp; Sons</AddresseeName>\n"
-                                                       "<Addr1>1 Main St</Addr1>\n"
-                                                       "<Addr2>Suite 5</Addr2>\n"
-                                                       "<City>Springfield</City>\n"
-                                                       "<State>IL</State>\n"
-                                                       "<PostalCode>62701</PostalCode>\n"
-                                                       "<Country>USA</Country>\n"
-                                                       "</PaperMailFrom>\n"
-                                                       "<PaperMailTo>\n"
+                                                       "<Addr1>1 Main St</Addr1>\n<Addr2>Suite 5</Addr2>\n"
+                                                       "<City>Springfield</City>\n<State>IL</State>\n"
+                                                       "<PostalCode>62701</PostalCode>\n<Country>USA</Country>\n"
+                                                       "</PaperMailFrom>\n<PaperMailTo>\n"
                                                        "<AddresseeName>Bob&apos;s Barn</AddresseeName>\n"
-                                                       "<Addr1>9 Farm Rd</Addr1>\n"
-                                                       "<City>Dale</City>\n"
-                                                       "<State></State>\n"
-                                                       "<PostalCode></PostalCode>\n"
-                                                       "<Country></Country>\n"
+                                                       "<Addr1>9 Farm Rd</Addr1>\n<City>Dale</City>\n<State></State>\n"
+                                                       "<PostalCode></PostalCode>\n<Country></Country>\n"
                                                        "</PaperMailTo>\n"
                                                        "<CoverLetter>Thank you for your business.</CoverLetter>\n"
                                                        "<AllowPayment>Y</AllowPayment>\n"
-                                                       "<AllowPosting>N</AllowPosting>\n"
-                                                       "</PaperMailData>\n") +
-                                               kInvoiceForm + kServiceStatus + kAttachments +
-                                               "<IsSample>Y</IsSample>\n"
-                                               "<UseColor>N</UseColor>\n"
+                                                       "<AllowPosting>N</AllowPosting>\n</PaperMailData>\n") +
+                                               kInvoiceForm + kServiceStatus + Attachments() +
+                                               "<IsSample>Y</IsSample>\n<UseColor>N</UseColor>\n"
                                                "<BatchSend>Y</BatchSend>\n"),
             Request(form));
 }
@@ -425,33 +342,16 @@ TEST_P(OtherDocumentTest, AsksForDeliveryOfTheUploadedFile) {
   Set(form, &INA_Form::put_Cc, "acct@barn.test");
   Set(form, &INA_Form5::put_CoverLetter, "See attached.");
   EXPECT_EQ(std::string("<FormsMsgsRq version=\"1\">\n"
-                        "<FormsDeliveryRq trnUID=\"*\">\n"
-                        "<MessageID>MSG-0001</MessageID>\n"
-                        "<CompanyAuthID>AUTH-7</CompanyAuthID>\n"
-                        "<FormsDeliveryData deleteOnSend=\"yes\">\n"
-                        "<EMailHeader>\n"
-                        "<EMailFrom>billing@acme.test</EMailFrom>\n"
-                        "<EMailTo>bob@barn.test</EMailTo>\n"
-                        "<EMailCc>acct@barn.test</EMailCc>\n"
-                        "<EMailBcc></EMailBcc>\n"
-                        "<EMailReplyTo></EMailReplyTo>\n"
-                        "<EMailSubject>Invoice INV-1 &amp; more</EMailSubject>\n"
-                        "</EMailHeader>\n"
-                        "<CoverLetter>See attached.</CoverLetter>\n"
-                        "<AttachmentHeader deleteOnSend=\"yes\">\n"
-                        "<FileName>inv 1.pdf</FileName>\n"
-                        "<DocType>pdf</DocType>\n"
-                        "<FormType>") +
+                        "<FormsDeliveryRq trnUID=\"*\">\n<MessageID>MSG-0001</MessageID>\n"
+                        "<CompanyAuthID>AUTH-7</CompanyAuthID>\n<FormsDeliveryData deleteOnSend=\"yes\">\n"
+                        "<EMailHeader>\n<EMailFrom>billing@acme.test</EMailFrom>\n<EMailTo>bob@barn.test</EMailTo>\n"
+                        "<EMailCc>acct@barn.test</EMailCc>\n<EMailBcc></EMailBcc>\n<EMailReplyTo></EMailReplyTo>\n"
+                        "<EMailSubject>Invoice INV-1 &amp; more</EMailSubject>\n</EMailHeader>\n"
+                        "<CoverLetter>See attached.</CoverLetter>\n<AttachmentHeader deleteOnSend=\"yes\">\n"
+                        "<FileName>inv 1.pdf</FileName>\n<DocType>pdf</DocType>\n<FormType>") +
                 GetParam().name +
-                "</FormType>\n"
-                "</AttachmentHeader>\n"
-                "</FormsDeliveryData>\n"
-                "<NumberOfAttachments>1</NumberOfAttachments>\n"
-                "<Service>EMAIL</Service>\n"
-                "<Source>\n"
-                "<Product>Ledgerine</Product>\n"
-                "</Source>\n"
-                "</FormsDeliveryRq>\n"
+                "</FormType>\n</AttachmentHeader>\n</FormsDeliveryData>\n<NumberOfAttachments>1</NumberOfAttachments>\n"
+                "<Service>EMAIL</Service>\n<Source>\n<Product>Ledgerine</Product>\n</Source>\n</FormsDeliveryRq>\n"
                 "</FormsMsgsRq>\n",
             Request(form));
   EXPECT_TRUE(LogEntries().empty());
@@ -468,33 +368,14 @@ TEST_F(FormRequestTest, OtherDocumentWithoutAuthIDOrProperties) {
   INA_Form7Ptr form = NewForm();
   ASSERT_EQ(S_OK, form->put_FormType(naftNON_LX));
   EXPECT_EQ(
-      "<FormsMsgsRq version=\"1\">\n"
-      "<FormsDeliveryRq trnUID=\"*\">\n"
-      "<MessageID></MessageID>\n"
-      "<CompanyAuthID></CompanyAuthID>\n"
-      "<FormsDeliveryData deleteOnSend=\"yes\">\n"
-      "<EMailHeader>\n"
-      "<EMailFrom></EMailFrom>\n"
-      "<EMailTo></EMailTo>\n"
-      "<EMailCc></EMailCc>\n"
-      "<EMailBcc></EMailBcc>\n"
-      "<EMailReplyTo></EMailReplyTo>\n"
-      "<EMailSubject></EMailSubject>\n"
-      "</EMailHeader>\n"
-      "<CoverLetter></CoverLetter>\n"
-      "<AttachmentHeader deleteOnSend=\"yes\">\n"
-      "<FileName></FileName>\n"
-      "<DocType></DocType>\n"
-      "<FormType>Non-Ledgerine Document</FormType>\n"
-      "</AttachmentHeader>\n"
-      "</FormsDeliveryData>\n"
-      "<NumberOfAttachments>1</NumberOfAttachments>\n"
-      "<Service>EMAIL</Service>\n"
-      "<Source>\n"
-      "<Product>Ledgerine</Product>\n"
-      "</Source>\n"
-      "</FormsDeliveryRq>\n"
-      "</FormsMsgsRq>\n",
+      "<FormsMsgsRq version=\"1\">\n<FormsDeliveryRq trnUID=\"*\">\n<MessageID></MessageID>\n"
+      "<CompanyAuthID></CompanyAuthID>\n<FormsDeliveryData deleteOnSend=\"yes\">\n<EMailHeader>\n"
+      "<EMailFrom></EMailFrom>\n<EMailTo></EMailTo>\n<EMailCc></EMailCc>\n<EMailBcc></EMailBcc>\n"
+      "<EMailReplyTo></EMailReplyTo>\n<EMailSubject></EMailSubject>\n</EMailHeader>\n<CoverLetter></CoverLetter>\n"
+      "<AttachmentHeader deleteOnSend=\"yes\">\n<FileName></FileName>\n<DocType></DocType>\n"
+      "<FormType>Non-Ledgerine Document</FormType>\n</AttachmentHeader>\n</FormsDeliveryData>\n"
+      "<NumberOfAttachments>1</NumberOfAttachments>\n<Service>EMAIL</Service>\n<Source>\n<Product>Ledgerine</Product>\n"
+      "</Source>\n</FormsDeliveryRq>\n</FormsMsgsRq>\n",
       Request(form));
 }
 
@@ -519,18 +400,9 @@ TEST_F(FormRequestTest, IndentedRequestStartsTwoLevelsDown) {
   Set(form, &INA_Form::put_Text, "");
   const std::string request = Request(form);
   EXPECT_EQ(
-      "    <LXNParcelonMsgsRq version=\"1\">\n"
-      "      <InvoiceFaxRq trnUID=\"*\">\n"
-      "        <AuthID>AUTH-7</AuthID>\n"
-      "        <CompanyUID>UID-42</CompanyUID>\n"
-      "        <FaxData>\n"
-      "          <RecipientInfo>\n"
-      "            <Fax></Fax>\n"
-      "          </RecipientInfo>\n"
-      "        </FaxData>\n"
-      "        <InvoiceForm>\n"
-      "          <Company>\n"
-      "            ",
+      "    <LXNParcelonMsgsRq version=\"1\">\n      <InvoiceFaxRq trnUID=\"*\">\n        <AuthID>AUTH-7</AuthID>\n"
+      "        <CompanyUID>UID-42</CompanyUID>\n        <FaxData>\n          <RecipientInfo>\n            <Fax></Fax>\n"
+      "          </RecipientInfo>\n        </FaxData>\n        <InvoiceForm>\n          <Company>\n            ",
       request.substr(0, request.find("<CompanyName>")));
   EXPECT_EQ("      </InvoiceFaxRq>\n    </LXNParcelonMsgsRq>\n",
             request.substr(request.size() - 47));
@@ -549,21 +421,6 @@ TEST_F(FormRequestTest, EveryRequestHasItsOwnTrnUID) {
 
 // ---- Company identifiers -----------------------------------------------------------------------
 
-TEST_F(FormRequestTest, WithoutAuthIDTheRequestHasNoAuthIDElement) {
-  ASSERT_TRUE(Faults().Fail("INAAuthTool::GetCompanyAuthID", E_ACCESSDENIED));
-  const std::string request = Request(Form(naftINVOICE, nastEMAIL, 100));
-  EXPECT_EQ(std::string("<LXNParcelonMsgsRq version=\"1\">\n"
-                        "<InvoiceEMailRq trnUID=\"*\">\n"
-                        "<CompanyUID>UID-42</CompanyUID>\n") +
-                kEMailData + kInvoiceForm + kServiceStatus + kAttachments +
-                "<BatchSend>N</BatchSend>\n"
-                "</InvoiceEMailRq>\n"
-                "</LXNParcelonMsgsRq>\n",
-            request);
-  EXPECT_EQ(std::vector<std::string>{Entry(kBuildXMLPrefix, "Couldn't get company ID.  Skipping...", "0x80070005")},
-            LogEntries());
-}
-
 TEST_F(FormRequestTest, EmptyAuthIDIsLeftOutWithoutComplaint) {
   UseCompany(std::string(kFixture).replace(std::string(kFixture).find("\"AUTH-7\""), 8, "\"\""));
   const std::string request = Request(Form(naftINVOICE, nastFAX, 100));
@@ -571,84 +428,77 @@ TEST_F(FormRequestTest, EmptyAuthIDIsLeftOutWithoutComplaint) {
   EXPECT_TRUE(LogEntries().empty());
 }
 
-struct EnvelopeFailure {
+// A fault met while the envelope is written: the request it leaves (none when it ends it) and the log.
+struct EnvelopeFault {
   const char* what;
-  const char* operation;  // a fault of every record, or "unavailable:Interface", or "closed"
-  HRESULT hr;             // what BuildFormRequest returns
+  const char* operation;  // a fault (E_ACCESSDENIED), an interface made unavailable, or "closed": no company open
+  HRESULT status;         // what BuildFormRequest returns
+  std::optional<std::string> request;
   std::vector<std::string> log;
 };
 
-class EnvelopeFailureTest : public FormRequestTest, public ::testing::WithParamInterface<EnvelopeFailure> {};
+class EnvelopeFaultTest : public FormRequestTest, public ::testing::WithParamInterface<EnvelopeFault> {};
 
-TEST_P(EnvelopeFailureTest, LogsAndGivesNoText) {
-  const std::string operation = GetParam().operation;
-  if (operation == "closed") {
+TEST_P(EnvelopeFaultTest, LogsAndLeavesOutOrEnds) {
+  const EnvelopeFault& c = GetParam();
+  if (std::string(c.operation) == "closed")
     Host().SetCompanyOpen(false);
-  } else if (operation.rfind("unavailable:", 0) == 0) {
-    ASSERT_TRUE(Faults().MakeUnavailable(operation.substr(12)));
-  } else {
-    ASSERT_TRUE(Faults().Fail(operation, E_ACCESSDENIED));
-  }
+  else
+    Inject({c.operation, {}, E_ACCESSDENIED});
   BSTR xml = reinterpret_cast<BSTR>(this);
-  EXPECT_EQ(GetParam().hr, BuildFormRequest(Form(naftINVOICE, nastEMAIL, 100).Get(), &xml));
-  EXPECT_EQ(nullptr, xml);
-  EXPECT_EQ(GetParam().log, LogEntries());
+  EXPECT_EQ(c.status, BuildFormRequest(Form(naftINVOICE, nastEMAIL, 100).Get(), &xml));
+  if (c.request) {
+    EXPECT_EQ(*c.request, WithoutTrnUIDs(Take(xml)));
+  } else {
+    EXPECT_EQ(nullptr, xml);
+  }
+  EXPECT_EQ(c.log, LogEntries());
 }
 
+const std::string kWithoutStatus =
+    Envelope("InvoiceEMailRq", kEMailData + kInvoiceForm + Attachments() + "<BatchSend>N</BatchSend>\n");
+
 INSTANTIATE_TEST_SUITE_P(
-    Identifiers, EnvelopeFailureTest,
+    Faults, EnvelopeFaultTest,
     ::testing::Values(
-        EnvelopeFailure{"no company open", "closed", E_FAIL,
-                        {Entry(kCompanyFilePrefix, "Failed to attach to current company from add-in goodies in LX."),
-                         Entry(kBuildXMLPrefix, "Failed to get company file ptr.")}},
-        EnvelopeFailure{"no add-in goodies", "ILXApplication::GetAddInGoodies", E_ACCESSDENIED,
-                        {Entry(kCompanyFilePrefix, "Failed to get add-in goodies from LX application.", "0x80070005"),
-                         Entry(kBuildXMLPrefix, "Failed to get company file ptr.", "0x80070005")}},
-        EnvelopeFailure{"no host application", "unavailable:ILXApplication", E_NOINTERFACE,
-                        {Entry(kCompanyFilePrefix, "Failed to get add-in goodies from LX application.", "0x80004002"),
-                         Entry(kBuildXMLPrefix, "Failed to get company file ptr.", "0x80004002")}},
-        EnvelopeFailure{"no company UID", "INAAuthTool::GetCompanyUID", E_ACCESSDENIED,
-                        {Entry(kBuildXMLPrefix, "Failed while getting company UID.", "0x80070005")}},
-        EnvelopeFailure{"no authentication tool", "unavailable:INAAuthTool", E_NOINTERFACE,
-                        {Entry(kCompanyUIDPrefix, "NAAuthTool.dll may be missing or unregistered.", "0x80004002"),
-                         Entry(kBuildXMLPrefix, "Failed while getting company UID.", "0x80004002")}}),
+        EnvelopeFault{"no company open", "closed", E_FAIL, std::nullopt,
+                      {Entry(kCompanyFilePrefix, "Failed to attach to current company from add-in goodies in LX."),
+                       Entry(kBuildXMLPrefix, "Failed to get company file ptr.")}},
+        EnvelopeFault{"no add-in goodies", "ILXApplication::GetAddInGoodies", E_ACCESSDENIED, std::nullopt,
+                      {Entry(kCompanyFilePrefix, "Failed to get add-in goodies from LX application.", "0x80070005"),
+                       Entry(kBuildXMLPrefix, "Failed to get company file ptr.", "0x80070005")}},
+        EnvelopeFault{"no host application", "ILXApplication", E_NOINTERFACE, std::nullopt,
+                      {Entry(kCompanyFilePrefix, "Failed to get add-in goodies from LX application.", "0x80004002"),
+                       Entry(kBuildXMLPrefix, "Failed to get company file ptr.", "0x80004002")}},
+        EnvelopeFault{"no company UID", "INAAuthTool::GetCompanyUID", E_ACCESSDENIED, std::nullopt,
+                      {Entry(kBuildXMLPrefix, "Failed while getting company UID.", "0x80070005")}},
+        EnvelopeFault{"no authentication tool", "INAAuthTool", E_NOINTERFACE, std::nullopt,
+                      {Entry(kCompanyUIDPrefix, "NAAuthTool.dll may be missing or unregistered.", "0x80004002"),
+                       Entry(kBuildXMLPrefix, "Failed while getting company UID.", "0x80004002")}},
+        // Without an authentication identifier the request has no element for it.
+        EnvelopeFault{"no auth ID", "INAAuthTool::GetCompanyAuthID", S_OK,
+                      "<LXNParcelonMsgsRq version=\"1\">\n<InvoiceEMailRq trnUID=\"*\">\n"
+                      "<CompanyUID>UID-42</CompanyUID>\n" +
+                          std::string(kEMailData) + kInvoiceForm + kServiceStatus + Attachments() +
+                          "<BatchSend>N</BatchSend>\n</InvoiceEMailRq>\n</LXNParcelonMsgsRq>\n",
+                      {Entry(kBuildXMLPrefix, "Couldn't get company ID.  Skipping...", "0x80070005")}},
+        // The service status is left out, and the request goes on.
+        EnvelopeFault{"no second company file", "ICompanyFile2", S_OK, kWithoutStatus,
+                      {Entry(kServicesPrefix, "Failed to get ICompanyFile2 interface", "0x80004002")}},
+        EnvelopeFault{"no company profile", "ICompanyFile2::GetCompanyProfile", S_OK, kWithoutStatus,
+                      {Entry(kServicesPrefix, "Failed to get company profile for company", "0x80070005")}},
+        EnvelopeFault{"no subscription status", "ICompanyProfile::GetServiceSubscriptionStatus", S_OK, kWithoutStatus,
+                      {Entry(kServicesPrefix,
+                             "Failed to get service subscription status component from company profile",
+                             "0x80070005")}},
+        EnvelopeFault{"no status", "IServiceSubscriptionStatus::GetStatus", S_OK, kWithoutStatus,
+                      {Entry(kServicesPrefix, "Failed to get service subscription status", "0x80070005")}}),
     [](const auto& info) {
       std::string name = info.param.what;
       for (char& c : name)
         if (c == ' ' || c == '-') c = '_';
       return name;
     });
-
-// ---- Service status ----------------------------------------------------------------------------
-
-struct ServiceFailure {
-  const char* operation;  // a fault, or "unavailable:Interface"
-  const char* message;
-  const char* hr;
-};
-
-class ServiceFailureTest : public FormRequestTest, public ::testing::WithParamInterface<ServiceFailure> {};
-
-TEST_P(ServiceFailureTest, LeavesTheStatusOutAndGoesOn) {
-  const std::string operation = GetParam().operation;
-  if (operation.rfind("unavailable:", 0) == 0)
-    ASSERT_TRUE(Faults().MakeUnavailable(operation.substr(12)));
-  else
-    ASSERT_TRUE(Faults().Fail(operation, E_ACCESSDENIED));
-  EXPECT_EQ(Envelope("InvoiceEMailRq", kEMailData + kInvoiceForm + kAttachments + "<BatchSend>N</BatchSend>\n"),
-            Request(Form(naftINVOICE, nastEMAIL, 100)));
-  EXPECT_EQ(std::vector<std::string>{Entry(kServicesPrefix, GetParam().message, GetParam().hr)}, LogEntries());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Reads, ServiceFailureTest,
-    ::testing::Values(
-        ServiceFailure{"unavailable:ICompanyFile2", "Failed to get ICompanyFile2 interface", "0x80004002"},
-        ServiceFailure{"ICompanyFile2::GetCompanyProfile", "Failed to get company profile for company", "0x80070005"},
-        ServiceFailure{"ICompanyProfile::GetServiceSubscriptionStatus",
-                       "Failed to get service subscription status component from company profile", "0x80070005"},
-        ServiceFailure{"IServiceSubscriptionStatus::GetStatus", "Failed to get service subscription status",
-                       "0x80070005"}));
 
 // ---- The form aggregate ------------------------------------------------------------------------
 

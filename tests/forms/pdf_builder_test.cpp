@@ -51,8 +51,10 @@ std::string Base64(const std::string& bytes) {
   return out;
 }
 
-std::string Entry(const char* prefix, const char* message, const char* hr = "0x80004005") {
-  return std::string(prefix) + message + "  HRESULT=" + hr;
+// FNV-1a over `count` bytes, continuing from `hash`.
+uint64_t Fnv1a(const uint8_t* bytes, size_t count, uint64_t hash = 14695981039346656037ull) {
+  for (size_t i = 0; i < count; ++i) hash = (hash ^ bytes[i]) * 1099511628211ull;
+  return hash;
 }
 
 class PDFTest : public FormsTest {
@@ -74,11 +76,24 @@ class PDFTest : public FormsTest {
     return form;
   }
 
+  // What BuildData of `attachment` hands out, with status `expected`, for the form whose own
+  // attachment is `name` (a form without attachment for an empty name).
+  BYTE* BuildData(CAttachmentData& attachment, const std::string& name, HRESULT expected = S_OK) {
+    BYTE* data = reinterpret_cast<BYTE*>(this);  // to be replaced, also on failure
+    const INA_Form7Ptr form = name.empty() ? NewForm() : FormWithAttachment(name);
+    EXPECT_EQ(expected, attachment.BuildData(form.Get(), &data));
+    return data;
+  }
+
+  // The scratch file "form.pdf" holding `content`.
+  std::string FormFile(const std::string& content = "Hello, PDF!") {
+    WriteFile(ScratchFile("form.pdf"), content);
+    return ScratchFile("form.pdf");
+  }
+
   // CPDFBuilder's text and status for the file at `path`.
-  std::string BuildPDF(const std::string& path, HRESULT expected, uint32_t depth = 0) {
-    XMLBuilder builder(depth, 4096);
-    EXPECT_EQ(expected, CPDFBuilder(MakeBstr(path).Get()).BuildXML(builder));
-    return std::string(builder.Buffer()->GetData(), builder.Buffer()->GetLength());
+  static std::string BuildPDF(const std::string& path, HRESULT expected, uint32_t depth = 0) {
+    return Written(expected, [&](XMLBuilder& b) { return CPDFBuilder(MakeBstr(path).Get()).BuildXML(b); }, depth);
   }
 };
 
@@ -87,10 +102,8 @@ class PDFTest : public FormsTest {
 TEST_F(PDFTest, BuildDataHandsOutTheFileAsItIs) {
   const std::string bytes = SampleBytes(70001);
   WriteFile(ScratchFile("invoice 7.pdf"), bytes);
-  const INA_Form7Ptr form = FormWithAttachment("invoice 7.pdf");
   CAttachmentData attachment;
-  BYTE* data = nullptr;
-  ASSERT_EQ(S_OK, attachment.BuildData(form.Get(), &data));
+  const BYTE* data = BuildData(attachment, "invoice 7.pdf");
   ASSERT_EQ(attachment.Data(), data);
   ASSERT_EQ(LONG(bytes.size()), attachment.DataSize());
   EXPECT_EQ(bytes, std::string(reinterpret_cast<const char*>(data), bytes.size()));
@@ -103,45 +116,30 @@ TEST_F(PDFTest, BuildDataHandsOutTheFileAsItIs) {
   EXPECT_EQ(nullptr, attachment.Data());
 }
 
-TEST_F(PDFTest, BuildDataOfAnEmptyFileGivesOneZeroByte) {
+// An empty file gives one zero byte; a second call replaces the data of the first.
+TEST_F(PDFTest, BuildDataOfAnEmptyFileAndAgain) {
   WriteFile(ScratchFile("empty.pdf"), "");
+  WriteFile(ScratchFile("b.pdf"), "second one");
   CAttachmentData attachment;
-  BYTE* data = nullptr;
-  ASSERT_EQ(S_OK, attachment.BuildData(FormWithAttachment("empty.pdf").Get(), &data));
+  const BYTE* data = BuildData(attachment, "empty.pdf");
   ASSERT_NE(nullptr, data);
   EXPECT_EQ(0, attachment.DataSize());
   EXPECT_EQ(0, data[0]);
-}
-
-TEST_F(PDFTest, BuildDataReplacesTheDataOfTheLastCall) {
-  WriteFile(ScratchFile("a.pdf"), "first");
-  WriteFile(ScratchFile("b.pdf"), "second one");
-  CAttachmentData attachment;
-  BYTE* data = nullptr;
-  ASSERT_EQ(S_OK, attachment.BuildData(FormWithAttachment("a.pdf").Get(), &data));
-  ASSERT_EQ(S_OK, attachment.BuildData(FormWithAttachment("b.pdf").Get(), &data));
+  data = BuildData(attachment, "b.pdf");
   EXPECT_EQ("second one", std::string(reinterpret_cast<const char*>(data), size_t(attachment.DataSize())));
 }
 
-struct UnreadableCase {
-  const char* name;
-  const char* message;
-};
-
-class BuildDataFailureTest : public PDFTest, public ::testing::WithParamInterface<UnreadableCase> {};
-
-TEST_P(BuildDataFailureTest, LogsAndGivesNoData) {
+// A missing file, a folder and a form without attachment give no data.
+TEST_F(PDFTest, BuildDataOfNoReadableFileLogsAndGivesNoData) {
   std::filesystem::create_directory(ScratchFile("folder.pdf"));
-  CAttachmentData attachment;
-  BYTE* data = reinterpret_cast<BYTE*>(this);
-  EXPECT_EQ(E_FAIL, attachment.BuildData(FormWithAttachment(GetParam().name).Get(), &data));
-  EXPECT_EQ(nullptr, data);
-  EXPECT_EQ(std::vector<std::string>{Entry(kBuildDataPrefix, GetParam().message)}, LogEntries());
+  for (const char* name : {"missing.pdf", "folder.pdf", ""}) {
+    SCOPED_TRACE(name);
+    StartCase();
+    CAttachmentData attachment;
+    EXPECT_EQ(nullptr, BuildData(attachment, name, E_FAIL));
+    EXPECT_EQ(std::vector<std::string>{Entry(kBuildDataPrefix, "Error opening PDF file.")}, LogEntries());
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Files, BuildDataFailureTest,
-                         ::testing::Values(UnreadableCase{"missing.pdf", "Error opening PDF file."},
-                                           UnreadableCase{"folder.pdf", "Error opening PDF file."}));
 
 // A (sparse) file one byte longer than a 32-bit count can hold together with its terminating zero.
 TEST_F(PDFTest, FileTooLargeForTheDataSizeIsRefused) {
@@ -149,23 +147,13 @@ TEST_F(PDFTest, FileTooLargeForTheDataSizeIsRefused) {
   WriteFile(path, "");
   std::filesystem::resize_file(path, uintmax_t(kMaxAttachmentBytes) + 1);
   CAttachmentData attachment;
-  BYTE* data = nullptr;
-  EXPECT_EQ(E_FAIL, attachment.BuildData(FormWithAttachment("huge.pdf").Get(), &data));
-  EXPECT_EQ(nullptr, data);
+  EXPECT_EQ(nullptr, BuildData(attachment, "huge.pdf", E_FAIL));
   EXPECT_EQ(0, attachment.DataSize());
-  XMLBuilder builder(0, 4096);
-  EXPECT_EQ(E_FAIL, CPDFBuilder(MakeBstr(path).Get()).BuildXML(builder));
+  EXPECT_EQ("", BuildPDF(path, E_FAIL));
   EXPECT_TRUE(FileExists(path));
   EXPECT_EQ((std::vector<std::string>{Entry(kBuildDataPrefix, "Error determining PDF file length."),
                                       Entry(kPDFPrefix, "Error determining PDF file length.")}),
             LogEntries());
-}
-
-TEST_F(PDFTest, BuildDataOfAFormWithoutAttachmentFailsToOpen) {
-  CAttachmentData attachment;
-  BYTE* data = nullptr;
-  EXPECT_EQ(E_FAIL, attachment.BuildData(NewForm().Get(), &data));
-  EXPECT_EQ(std::vector<std::string>{Entry(kBuildDataPrefix, "Error opening PDF file.")}, LogEntries());
 }
 
 #ifdef __linux__
@@ -197,15 +185,15 @@ size_t ResidentBytes() {
 TEST_F(PDFTest, BuildDataReadsA100MegabyteFile) {
   constexpr size_t kSize = size_t(100) << 20;
   const std::string path = ScratchFile("large.pdf");
-  // Written a megabyte at a time, with its FNV-1a checksum.
-  uint64_t expected = 14695981039346656037ull;
+  // Written a megabyte at a time, with its checksum.
+  uint64_t expected = Fnv1a(nullptr, 0);
   {
     FILE* file = std::fopen(path.c_str(), "wb");
     ASSERT_NE(nullptr, file);
     std::string block = SampleBytes(size_t(1) << 20);
     for (size_t written = 0; written < kSize; written += block.size()) {
       block[0] = char(written >> 20);  // no two megabytes alike
-      for (char c : block) expected = (expected ^ uint8_t(c)) * 1099511628211ull;
+      expected = Fnv1a(reinterpret_cast<const uint8_t*>(block.data()), block.size(), expected);
       ASSERT_EQ(block.size(), std::fwrite(block.data(), 1, block.size(), file));
     }
     ASSERT_EQ(0, std::fclose(file));
@@ -215,12 +203,9 @@ TEST_F(PDFTest, BuildDataReadsA100MegabyteFile) {
 #endif
 
   CAttachmentData attachment;
-  BYTE* data = nullptr;
-  ASSERT_EQ(S_OK, attachment.BuildData(FormWithAttachment("large.pdf").Get(), &data));
+  const BYTE* data = BuildData(attachment, "large.pdf");
   ASSERT_EQ(LONG(kSize), attachment.DataSize());
-  uint64_t checksum = 14695981039346656037ull;
-  for (size_t i = 0; i < kSize; ++i) checksum = (checksum ^ data[i]) * 1099511628211ull;
-  EXPECT_EQ(expected, checksum);
+  EXPECT_EQ(expected, Fnv1a(data, kSize));
   EXPECT_EQ(0, data[kSize]);
 #ifdef __linux__
   struct rusage usage {};
@@ -235,37 +220,24 @@ TEST_F(PDFTest, BuildDataDumpsTheAttachmentWhenAsked) {
   const std::string bytes = "%PDF-1.4 \x01\x02\xff binary";
   WriteFile(ScratchFile("i.pdf"), bytes);
   CAttachmentData attachment;
-  BYTE* data = nullptr;
-  ASSERT_EQ(S_OK, attachment.BuildData(FormWithAttachment("i.pdf").Get(), &data));
+  BuildData(attachment, "i.pdf");
   EXPECT_EQ(bytes, ReadFile(TempPath() + "na2003_Invoice.pdf"));
 }
 
 // ---- The inline writer -----------------------------------------------------------------------
 
 TEST_F(PDFTest, WritesTheEncodedFileAndDeletesIt) {
-  const std::string path = ScratchFile("form.pdf");
-  WriteFile(path, "Hello, PDF!");
-  EXPECT_EQ(
-      "<PDFData>\n"
-      "<IsEncoded>Y</IsEncoded>\n"
-      "<Bytes>SGVsbG8sIFBERiE=</Bytes>\n"
-      "</PDFData>\n",
-      BuildPDF(path, S_OK));
+  const std::string path = FormFile();
+  EXPECT_EQ("<PDFData>\n<IsEncoded>Y</IsEncoded>\n<Bytes>SGVsbG8sIFBERiE=</Bytes>\n</PDFData>\n", BuildPDF(path, S_OK));
   EXPECT_FALSE(FileExists(path));
   EXPECT_TRUE(LogEntries().empty());
 }
 
 TEST_F(PDFTest, PiecesStartAtTheLineStartWhateverTheIndentation) {
   WriteSettings("NetworkAdapter.IndentXML=1\nNetworkAdapter.PDFChunk=8\n");
-  const std::string path = ScratchFile("form.pdf");
-  WriteFile(path, "Hello, PDF!");
-  EXPECT_EQ(
-      "    <PDFData>\n"
-      "      <IsEncoded>Y</IsEncoded>\n"
-      "<Bytes>SGVsbG8s</Bytes>\n"
-      "<Bytes>IFBERiE=</Bytes>\n"
-      "    </PDFData>\n",
-      BuildPDF(path, S_OK, 2));
+  EXPECT_EQ("    <PDFData>\n      <IsEncoded>Y</IsEncoded>\n<Bytes>SGVsbG8s</Bytes>\n<Bytes>IFBERiE=</Bytes>\n"
+            "    </PDFData>\n",
+            BuildPDF(FormFile(), S_OK, 2));
 }
 
 struct PieceCase {
@@ -280,9 +252,6 @@ TEST_P(PieceTest, SplitsTheTextIntoPiecesOfTheSetLength) {
   const PieceCase& piece = GetParam();
   if (piece.chunkSetting) WriteSettings(std::string("NetworkAdapter.PDFChunk=") + piece.chunkSetting + "\n");
   const std::string bytes = SampleBytes(piece.bytes);
-  const std::string path = ScratchFile("form.pdf");
-  WriteFile(path, bytes);
-
   const std::string encoded = Base64(bytes);
   std::string expected = "<PDFData>\n<IsEncoded>Y</IsEncoded>\n";
   size_t at = 0;
@@ -291,38 +260,27 @@ TEST_P(PieceTest, SplitsTheTextIntoPiecesOfTheSetLength) {
     at += length;
   }
   ASSERT_EQ(encoded.size(), at);
-  expected += "</PDFData>\n";
-  EXPECT_EQ(expected, BuildPDF(path, S_OK));
+  EXPECT_EQ(expected + "</PDFData>\n", BuildPDF(FormFile(bytes), S_OK));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Chunks, PieceTest,
     ::testing::Values(PieceCase{1875, "1000", {1000, 1000, 500}},  // 2500 characters
                       PieceCase{150, "76", {76, 76, 48}},           // 200 characters
-                      PieceCase{150, "199", {199, 1}},
-                      PieceCase{150, "200", {200}},
-                      PieceCase{150, "201", {200}},
-                      PieceCase{150, "0", {200}},
-                      PieceCase{150, "-76", {200}},
-                      PieceCase{150, nullptr, {200}},
-                      PieceCase{0, nullptr, {0}},
-                      PieceCase{0, "10", {0}},
+                      PieceCase{150, "199", {199, 1}}, PieceCase{150, "200", {200}}, PieceCase{150, "201", {200}},
+                      PieceCase{150, "0", {200}}, PieceCase{150, "-76", {200}}, PieceCase{150, nullptr, {200}},
+                      PieceCase{0, nullptr, {0}}, PieceCase{0, "10", {0}},
                       // A piece longer than a string of the toolkit holds.
-                      PieceCase{60000, nullptr, {80000}},
-                      PieceCase{60000, "40000", {40000, 40000}}));
+                      PieceCase{60000, nullptr, {80000}}, PieceCase{60000, "40000", {40000, 40000}}));
 
 TEST_F(PDFTest, PreservedFileTakesTheFirstFreeNumber) {
   WriteSettings("NetworkAdapter.PreservePDF=1\n");
   WriteFile(TempPath() + "pdfform001.pdf", "kept before");
-  const std::string path = ScratchFile("form.pdf");
-  WriteFile(path, "Hello, PDF!");
-  BuildPDF(path, S_OK);
-  EXPECT_FALSE(FileExists(path));
+  BuildPDF(FormFile(), S_OK);
+  EXPECT_FALSE(FileExists(ScratchFile("form.pdf")));
   EXPECT_EQ("kept before", ReadFile(TempPath() + "pdfform001.pdf"));
   EXPECT_EQ("Hello, PDF!", ReadFile(TempPath() + "pdfform002.pdf"));
-
-  WriteFile(path, "second");
-  BuildPDF(path, S_OK);
+  BuildPDF(FormFile("second"), S_OK);
   EXPECT_EQ("second", ReadFile(TempPath() + "pdfform003.pdf"));
 }
 
@@ -333,10 +291,8 @@ TEST_F(PDFTest, PreservedFileIsDeletedWhenEveryNumberIsTaken) {
     std::snprintf(name, sizeof name, "pdfform%03d.pdf", number);
     WriteFile(TempPath() + name, "taken");
   }
-  const std::string path = ScratchFile("form.pdf");
-  WriteFile(path, "Hello, PDF!");
-  BuildPDF(path, S_OK);
-  EXPECT_FALSE(FileExists(path));
+  BuildPDF(FormFile(), S_OK);
+  EXPECT_FALSE(FileExists(ScratchFile("form.pdf")));
   EXPECT_EQ("taken", ReadFile(TempPath() + "pdfform999.pdf"));
   EXPECT_FALSE(FileExists(TempPath() + "pdfform1000.pdf"));
 }
@@ -344,17 +300,15 @@ TEST_F(PDFTest, PreservedFileIsDeletedWhenEveryNumberIsTaken) {
 TEST_F(PDFTest, PreservedFileIsDeletedWhenTheHostCannotRename) {
   WriteSettings("NetworkAdapter.PreservePDF=1\n");
   ASSERT_TRUE(Faults().Fail("IFileRedirectionService::Rename", E_ACCESSDENIED));
-  const std::string path = ScratchFile("form.pdf");
-  WriteFile(path, "Hello, PDF!");
-  BuildPDF(path, S_OK);
-  EXPECT_FALSE(FileExists(path));
+  BuildPDF(FormFile(), S_OK);
+  EXPECT_FALSE(FileExists(ScratchFile("form.pdf")));
   EXPECT_FALSE(FileExists(TempPath() + "pdfform001.pdf"));
   EXPECT_EQ(999, Faults().Triggered("IFileRedirectionService::Rename"));
 }
 
 struct PDFFailure {
-  const char* file;       // in the scratch folder; null for no name
-  const char* operation;  // a host fault, or null
+  const char* file;       // in the scratch folder; "" for an empty name, null for none
+  const char* operation;  // a host fault, an interface made unavailable, or null
   HRESULT hr;
   const char* message;
   const char* logged;  // the HRESULT in the log
@@ -364,18 +318,11 @@ class PDFFailureTest : public PDFTest, public ::testing::WithParamInterface<PDFF
 
 TEST_P(PDFFailureTest, WritesNothingAndLeavesTheFile) {
   const PDFFailure& failure = GetParam();
-  WriteFile(ScratchFile("form.pdf"), "Hello, PDF!");
+  FormFile();
   std::filesystem::create_directory(ScratchFile("folder.pdf"));
-  if (failure.operation && std::string(failure.operation) == "unavailable") {
-    ASSERT_TRUE(Faults().MakeUnavailable("IBase64Coder"));
-  } else if (failure.operation) {
-    ASSERT_TRUE(Faults().Fail(failure.operation, E_ACCESSDENIED));
-  }
-
-  XMLBuilder builder(0, 4096);
-  const Bstr name = failure.file ? MakeBstr(ScratchFile(failure.file)) : Bstr();
-  EXPECT_EQ(failure.hr, CPDFBuilder(name.Get()).BuildXML(builder));
-  EXPECT_EQ(0u, builder.Buffer()->GetLength());
+  if (failure.operation) Inject({failure.operation, {}, E_ACCESSDENIED});
+  const Bstr name = !failure.file ? Bstr() : MakeBstr(*failure.file ? ScratchFile(failure.file) : "");
+  EXPECT_EQ("", Written(failure.hr, [&](XMLBuilder& b) { return CPDFBuilder(name.Get()).BuildXML(b); }));
   EXPECT_EQ("Hello, PDF!", ReadFile(ScratchFile("form.pdf")));
   EXPECT_EQ(std::vector<std::string>{Entry(kPDFPrefix, failure.message, failure.logged)}, LogEntries());
 }
@@ -384,20 +331,13 @@ INSTANTIATE_TEST_SUITE_P(
     Failures, PDFFailureTest,
     ::testing::Values(
         PDFFailure{nullptr, nullptr, E_FAIL, "No PDF file name specified.", "0x80004005"},
+        PDFFailure{"", nullptr, E_FAIL, "No PDF file name specified.", "0x80004005"},
         PDFFailure{"missing.pdf", nullptr, E_FAIL, "Error opening PDF file.", "0x80004005"},
         PDFFailure{"folder.pdf", nullptr, E_FAIL, "Error opening PDF file.", "0x80004005"},
-        PDFFailure{"form.pdf", "unavailable", E_NOINTERFACE, "Failed to create the base64 coder.",
-                   "0x80004002"},
-        PDFFailure{"form.pdf", "IBase64Coder::Encode", E_ACCESSDENIED, "Failed to encode PDF file.",
-                   "0x80070005"},
-        PDFFailure{"form.pdf", "IBase64Coder::EncodedMessage", E_ACCESSDENIED,
-                   "Failed to encode PDF file.", "0x80070005"}));
-
-TEST_F(PDFTest, EmptyNameIsNoName) {
-  XMLBuilder builder(0, 4096);
-  EXPECT_EQ(E_FAIL, CPDFBuilder(MakeBstr("").Get()).BuildXML(builder));
-  EXPECT_EQ(std::vector<std::string>{Entry(kPDFPrefix, "No PDF file name specified.")}, LogEntries());
-}
+        PDFFailure{"form.pdf", "IBase64Coder", E_NOINTERFACE, "Failed to create the base64 coder.", "0x80004002"},
+        PDFFailure{"form.pdf", "IBase64Coder::Encode", E_ACCESSDENIED, "Failed to encode PDF file.", "0x80070005"},
+        PDFFailure{"form.pdf", "IBase64Coder::EncodedMessage", E_ACCESSDENIED, "Failed to encode PDF file.",
+                   "0x80070005"}));
 
 }  // namespace
 }  // namespace parcelon::test
