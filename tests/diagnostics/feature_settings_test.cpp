@@ -63,6 +63,12 @@ TEST_F(FeatureSettingsTest, FilesReadAsTheyShould) {
   const std::string longLine = "EmailService.Long=" + std::string(199 - 18, 'u') + "NetworkAdapter.DumpAttachment=1\n";
   const std::string longer = "has lines longer than 196 characters; they are ignored.";
   const std::string malformed = "has malformed lines; they are ignored.";
+#ifdef _WIN32
+  // The profile API reads only the lines of the two sections, and random bytes hold neither.
+  const std::vector<std::string> binaryProblems;
+#else
+  const std::vector<std::string> binaryProblems = {malformed, longer};
+#endif
   const struct {
     const char* what;
     std::string settings, seen;
@@ -82,7 +88,7 @@ TEST_F(FeatureSettingsTest, FilesReadAsTheyShould) {
        "indent 0 dump 0 chunk 2", {}},
       {"garbage lines", "[ZPSSettings]\nthis is garbage\nNetworkAdapter.IndentXML=1\nNetworkAdapter.DumpAttachment\n",
        "indent 1 dump 0 chunk 0", {malformed}},
-      {"binary", binary, "indent 0 dump 0 chunk 0", {malformed, longer}},
+      {"binary", binary, "indent 0 dump 0 chunk 0", binaryProblems},
       {"longer line", "[ZPSSettings]\n" + longLine + "NetworkAdapter.IndentXML=1\n", "indent 1 dump 0 chunk 0",
        {longer}},
       {"huge line", "[ZPSSettings]\nNetworkAdapter.PDFChunk=" + std::string(100000, '1') +
