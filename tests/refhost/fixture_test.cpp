@@ -2,6 +2,7 @@
 // of every list field through the host's interfaces, texts exactly as UTF-16.
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -120,6 +121,44 @@ TEST(BadFixture, FailsWithItsMessage) {
     else
       EXPECT_EQ("company.json: " + bad.message, error);
   }
+}
+
+// Every mutation of the sample company (a byte changed, a span cut or repeated, the text cut
+// short) loads or is refused with a message naming the file; under the sanitizers this also shows
+// that the loader never reads outside what it was given.
+TEST(FixtureMutations, LoadOrAreRefusedWithTheFileNamed) {
+  const std::string sample =
+      parcelon::test::ReadFile(std::string(PARCELON_SOURCE_DIR) + "/samples/sample-company.json");
+  std::mt19937 random(20261121);
+  static constexpr char kBytes[] = "{}[],:\"\\0123456789-.eE ntrufalse\x80\xff";
+  int loaded = 0;
+  for (int i = 0; i < 1000; ++i) {
+    std::string text = sample;
+    const size_t at = random() % text.size();
+    switch (random() % 4) {
+      case 0:
+        text[at] = kBytes[random() % (sizeof kBytes - 1)];
+        break;
+      case 1:
+        text.erase(at, random() % 64);
+        break;
+      case 2:
+        text.insert(at, text.substr(at, random() % 256));
+        break;
+      default:
+        text.resize(at);
+    }
+    Company company;
+    std::string error;
+    const HRESULT hr = LoadFixtureText(text, "company.json", company, error);
+    if (hr == S_OK) {
+      ++loaded;
+      continue;
+    }
+    EXPECT_EQ(kInvalidFixture, hr) << i;
+    EXPECT_EQ(0u, error.find("company.json: ")) << i << ": " << error;
+  }
+  EXPECT_GT(loaded, 0) << "some mutations only change a text or a number";
 }
 
 TEST(FixtureFile, MissingFileNamesThePath) {
