@@ -6,6 +6,7 @@
 #include <new>
 
 #include "diagnostics/LogIfFailed.h"
+#include "platform/Bstr.h"
 #include "platform/ComBase.h"
 #include "platform/Dispatch.h"
 
@@ -79,6 +80,30 @@ inline HRESULT CopyBstr(BSTR source, BSTR* copy) {
   return (*copy || !source) ? S_OK : E_OUTOFMEMORY;
 }
 
+// A copy of `value`; a null string stays null. Raises E_OUTOFMEMORY as ComError.
+inline Bstr CopyOf(BSTR value) {
+  BSTR copy = nullptr;
+  ThrowIfFailed(CopyBstr(value, &copy));
+  return Bstr::Attach(copy);
+}
+
+// A property's value into its out parameter (a copy of a BSTR), and a new value into its field.
+inline HRESULT ReadProperty(const Bstr& field, BSTR* out) { return CopyBstr(field.Get(), out); }
+inline HRESULT WriteProperty(Bstr& field, BSTR value) {
+  return CatchComError([&] { field = CopyOf(value); });
+}
+template <class T>
+HRESULT ReadProperty(const T& field, T* out) {
+  if (!out) return E_POINTER;
+  *out = field;
+  return S_OK;
+}
+template <class T>
+HRESULT WriteProperty(T& field, T value) {
+  field = value;
+  return S_OK;
+}
+
 // Creates a T and returns its interface `riid`; the object goes away again when it has no such
 // interface.
 template <class T>
@@ -114,3 +139,16 @@ class CClassFactory final : public IClassFactory {
 };
 
 }  // namespace parcelon
+
+// A property's get_/put_ pair over a field of the object; the field of a BSTR property is a Bstr.
+#define PARCELON_GETTER(Type, Name, field)                                      \
+  HRESULT STDMETHODCALLTYPE get_##Name(Type* pVal) override {                   \
+    return parcelon::ReadProperty(field, pVal);                                 \
+  }
+#define PARCELON_PUTTER(Type, Name, field)                                      \
+  HRESULT STDMETHODCALLTYPE put_##Name(Type newVal) override {                  \
+    return parcelon::WriteProperty(field, newVal);                              \
+  }
+#define PARCELON_PROPERTY(Type, Name, field) \
+  PARCELON_GETTER(Type, Name, field)         \
+  PARCELON_PUTTER(Type, Name, field)

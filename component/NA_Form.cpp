@@ -17,13 +17,6 @@ Bstr ToBstr(const OleString& text) {
   return out;
 }
 
-// A copy of `value`; a null string stays null.
-Bstr CopyOf(BSTR value) {
-  BSTR copy = nullptr;
-  ThrowIfFailed(parcelon::CopyBstr(value, &copy));
-  return Bstr::Attach(copy);
-}
-
 }  // namespace
 
 HRESULT CNA_Form::QueryInterface(REFIID riid, void** ppv) {
@@ -36,10 +29,6 @@ HRESULT CNA_Form::QueryInterface(REFIID riid, void** ppv) {
   }
   *ppv = nullptr;
   return E_NOINTERFACE;
-}
-
-HRESULT CNA_Form::WriteProperty(Bstr& field, BSTR value) {
-  return parcelon::CatchComError([&] { field = CopyOf(value); });
 }
 
 HRESULT CNA_Form::BuildXML(short indentLevel, BSTR* pXML) {
@@ -87,7 +76,7 @@ HRESULT CNA_Form::get_AttachmentFileList(BSTR* pVal) {
 }
 
 HRESULT CNA_Form::AddAttachmentFile(BSTR newValue) {
-  return parcelon::CatchComError([&] { attachmentFiles_.push_back(CopyOf(newValue)); });
+  return parcelon::CatchComError([&] { attachmentFiles_.push_back(parcelon::CopyOf(newValue)); });
 }
 
 HRESULT CNA_Form::ClearAttachmentFileList() {

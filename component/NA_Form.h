@@ -12,17 +12,6 @@
 #include "forms/StatementForm.h"
 #include "platform/Bstr.h"
 
-// A property's get_/put_ pair over a field of the form; the field of a BSTR property is a Bstr.
-#define NA_FORM_GETTER(Type, Name, field) \
-  HRESULT STDMETHODCALLTYPE get_##Name(Type* pVal) override { return ReadProperty(field, pVal); }
-#define NA_FORM_PUTTER(Type, Name, field)                      \
-  HRESULT STDMETHODCALLTYPE put_##Name(Type newVal) override { \
-    return WriteProperty(field, newVal);                       \
-  }
-#define NA_FORM_PROPERTY(Type, Name, field) \
-  NA_FORM_GETTER(Type, Name, field)         \
-  NA_FORM_PUTTER(Type, Name, field)
-
 class CNA_Form final : public parcelon::CDispatchStub<INA_Form7>,
                        private parcelon::CRefCounted<CNA_Form> {
  public:
@@ -39,81 +28,81 @@ class CNA_Form final : public parcelon::CDispatchStub<INA_Form7>,
   ULONG STDMETHODCALLTYPE Release() override { return ReleaseImpl(); }
 
   // INA_Form
-  NA_FORM_PROPERTY(BSTR, To, to_)
-  NA_FORM_PROPERTY(BSTR, Cc, cc_)
-  NA_FORM_PROPERTY(BSTR, Bcc, bcc_)
-  NA_FORM_PROPERTY(BSTR, From, from_)
-  NA_FORM_PROPERTY(BSTR, ReplyTo, replyTo_)
-  NA_FORM_PROPERTY(BSTR, Subject, subject_)
-  NA_FORM_PROPERTY(BSTR, Text, text_)
-  NA_FORM_PROPERTY(NATransactionType, TransactionType, transactionType_)
-  NA_FORM_PROPERTY(LONG, TransactionRecordNumber, transactionRecordNumber_)
-  NA_FORM_PROPERTY(NASendType, SendMethod, sendMethod_)
-  NA_FORM_PROPERTY(VARIANT_BOOL, Pay, pay_)
+  PARCELON_PROPERTY(BSTR, To, to_)
+  PARCELON_PROPERTY(BSTR, Cc, cc_)
+  PARCELON_PROPERTY(BSTR, Bcc, bcc_)
+  PARCELON_PROPERTY(BSTR, From, from_)
+  PARCELON_PROPERTY(BSTR, ReplyTo, replyTo_)
+  PARCELON_PROPERTY(BSTR, Subject, subject_)
+  PARCELON_PROPERTY(BSTR, Text, text_)
+  PARCELON_PROPERTY(NATransactionType, TransactionType, transactionType_)
+  PARCELON_PROPERTY(LONG, TransactionRecordNumber, transactionRecordNumber_)
+  PARCELON_PROPERTY(NASendType, SendMethod, sendMethod_)
+  PARCELON_PROPERTY(VARIANT_BOOL, Pay, pay_)
   HRESULT STDMETHODCALLTYPE BuildXML(short indentLevel, BSTR* pXML) override;
-  NA_FORM_PROPERTY(VARIANT_BOOL, Post, post_)
-  NA_FORM_PROPERTY(BSTR, Fax_FromCompanyName, faxFromCompanyName_)
-  NA_FORM_PROPERTY(BSTR, Fax_FromTelephoneNumber, faxFromTelephoneNumber_)
-  NA_FORM_PROPERTY(BSTR, Fax_FromFaxNumber, faxFromFaxNumber_)
-  NA_FORM_PROPERTY(BSTR, Fax_ToCompanyName, faxToCompanyName_)
-  NA_FORM_PROPERTY(BSTR, Fax_ToRecipientName, faxToRecipientName_)
-  NA_FORM_PROPERTY(BSTR, Fax_ToFaxNumber, faxToFaxNumber_)
+  PARCELON_PROPERTY(VARIANT_BOOL, Post, post_)
+  PARCELON_PROPERTY(BSTR, Fax_FromCompanyName, faxFromCompanyName_)
+  PARCELON_PROPERTY(BSTR, Fax_FromTelephoneNumber, faxFromTelephoneNumber_)
+  PARCELON_PROPERTY(BSTR, Fax_FromFaxNumber, faxFromFaxNumber_)
+  PARCELON_PROPERTY(BSTR, Fax_ToCompanyName, faxToCompanyName_)
+  PARCELON_PROPERTY(BSTR, Fax_ToRecipientName, faxToRecipientName_)
+  PARCELON_PROPERTY(BSTR, Fax_ToFaxNumber, faxToFaxNumber_)
 
   // INA_Form2
   HRESULT STDMETHODCALLTYPE put_StatementTxnItemView(DATE date, BSTR txnDesc, BSTR amountStr,
                                                      BSTR txnItemDesc, BSTR txnItemQty,
                                                      BSTR txnRunningBal, BSTR txnItemRate) override;
-  NA_FORM_PUTTER(LONG, StatementStyleNumber, statementStyleNumber_)
-  NA_FORM_PUTTER(LONG, StatementCustomerRecNum, statementCustomerRecNum_)
-  NA_FORM_PUTTER(BSTR, StatementAgedBalItem, statementAgedBalItem_)
-  NA_FORM_PUTTER(DATE, StatementDate, statementDate_)
-  NA_FORM_PUTTER(DATE, StatementDueDate, statementDueDate_)
-  NA_FORM_PUTTER(BSTR, StatementAmountDue, statementAmountDue_)
-  NA_FORM_PUTTER(LONG, StatementID, statementID_)
+  PARCELON_PUTTER(LONG, StatementStyleNumber, statementStyleNumber_)
+  PARCELON_PUTTER(LONG, StatementCustomerRecNum, statementCustomerRecNum_)
+  PARCELON_PUTTER(BSTR, StatementAgedBalItem, statementAgedBalItem_)
+  PARCELON_PUTTER(DATE, StatementDate, statementDate_)
+  PARCELON_PUTTER(DATE, StatementDueDate, statementDueDate_)
+  PARCELON_PUTTER(BSTR, StatementAmountDue, statementAmountDue_)
+  PARCELON_PUTTER(LONG, StatementID, statementID_)
 
   // INA_Form3
-  NA_FORM_GETTER(LONG, StatementStyleNumber, statementStyleNumber_)
-  NA_FORM_GETTER(LONG, StatementCustomerRecNum, statementCustomerRecNum_)
-  NA_FORM_GETTER(DATE, StatementDate, statementDate_)
-  NA_FORM_GETTER(DATE, StatementDueDate, statementDueDate_)
-  NA_FORM_GETTER(BSTR, StatementAmountDue, statementAmountDue_)
-  NA_FORM_GETTER(LONG, StatementID, statementID_)
-  NA_FORM_PROPERTY(DATE, StatementFromDate, statementFromDate_)
-  NA_FORM_PROPERTY(DATE, StatementToDate, statementToDate_)
+  PARCELON_GETTER(LONG, StatementStyleNumber, statementStyleNumber_)
+  PARCELON_GETTER(LONG, StatementCustomerRecNum, statementCustomerRecNum_)
+  PARCELON_GETTER(DATE, StatementDate, statementDate_)
+  PARCELON_GETTER(DATE, StatementDueDate, statementDueDate_)
+  PARCELON_GETTER(BSTR, StatementAmountDue, statementAmountDue_)
+  PARCELON_GETTER(LONG, StatementID, statementID_)
+  PARCELON_PROPERTY(DATE, StatementFromDate, statementFromDate_)
+  PARCELON_PROPERTY(DATE, StatementToDate, statementToDate_)
 
   // INA_Form4
-  NA_FORM_PROPERTY(BSTR, PDFFileName, pdfFileName_)
+  PARCELON_PROPERTY(BSTR, PDFFileName, pdfFileName_)
 
   // INA_Form5
-  NA_FORM_PROPERTY(NAFormType, FormType, formType_)
-  NA_FORM_PROPERTY(BSTR, DocType, docType_)
-  NA_FORM_PROPERTY(BSTR, AttachmentPath, attachmentPath_)
-  NA_FORM_PROPERTY(BSTR, AttachmentFileName, attachmentFileName_)
-  NA_FORM_PROPERTY(BSTR, MessageID, messageID_)
-  NA_FORM_PROPERTY(VARIANT_BOOL, BatchSend, batchSend_)
-  NA_FORM_PROPERTY(VARIANT_BOOL, RemoveAfterSend, removeAfterSend_)
-  NA_FORM_PROPERTY(BSTR, PaperMail_ToAttention, paperMailTo_.attention)
-  NA_FORM_PROPERTY(BSTR, PaperMail_FromAttention, paperMailFrom_.attention)
-  NA_FORM_PROPERTY(BSTR, PaperMail_ToAddresseeName, paperMailTo_.addresseeName)
-  NA_FORM_PROPERTY(BSTR, PaperMail_FromAddresseeName, paperMailFrom_.addresseeName)
-  NA_FORM_PROPERTY(BSTR, PaperMail_ToStreetAddress1, paperMailTo_.streetAddress1)
-  NA_FORM_PROPERTY(BSTR, PaperMail_FromStreetAddress1, paperMailFrom_.streetAddress1)
-  NA_FORM_PROPERTY(BSTR, PaperMail_ToStreetAddress2, paperMailTo_.streetAddress2)
-  NA_FORM_PROPERTY(BSTR, PaperMail_FromStreetAddress2, paperMailFrom_.streetAddress2)
-  NA_FORM_PROPERTY(BSTR, PaperMail_ToCity, paperMailTo_.city)
-  NA_FORM_PROPERTY(BSTR, PaperMail_FromCity, paperMailFrom_.city)
-  NA_FORM_PROPERTY(BSTR, PaperMail_ToState, paperMailTo_.state)
-  NA_FORM_PROPERTY(BSTR, PaperMail_FromState, paperMailFrom_.state)
-  NA_FORM_PROPERTY(BSTR, PaperMail_ToPostalCode, paperMailTo_.postalCode)
-  NA_FORM_PROPERTY(BSTR, PaperMail_FromPostalCode, paperMailFrom_.postalCode)
-  NA_FORM_PROPERTY(BSTR, PaperMail_ToCountry, paperMailTo_.country)
-  NA_FORM_PROPERTY(BSTR, PaperMail_FromCountry, paperMailFrom_.country)
-  NA_FORM_PROPERTY(BSTR, CoverLetter, coverLetter_)
-  NA_FORM_PROPERTY(VARIANT_BOOL, IsSample, isSample_)
-  NA_FORM_PROPERTY(VARIANT_BOOL, UseColor, useColor_)
+  PARCELON_PROPERTY(NAFormType, FormType, formType_)
+  PARCELON_PROPERTY(BSTR, DocType, docType_)
+  PARCELON_PROPERTY(BSTR, AttachmentPath, attachmentPath_)
+  PARCELON_PROPERTY(BSTR, AttachmentFileName, attachmentFileName_)
+  PARCELON_PROPERTY(BSTR, MessageID, messageID_)
+  PARCELON_PROPERTY(VARIANT_BOOL, BatchSend, batchSend_)
+  PARCELON_PROPERTY(VARIANT_BOOL, RemoveAfterSend, removeAfterSend_)
+  PARCELON_PROPERTY(BSTR, PaperMail_ToAttention, paperMailTo_.attention)
+  PARCELON_PROPERTY(BSTR, PaperMail_FromAttention, paperMailFrom_.attention)
+  PARCELON_PROPERTY(BSTR, PaperMail_ToAddresseeName, paperMailTo_.addresseeName)
+  PARCELON_PROPERTY(BSTR, PaperMail_FromAddresseeName, paperMailFrom_.addresseeName)
+  PARCELON_PROPERTY(BSTR, PaperMail_ToStreetAddress1, paperMailTo_.streetAddress1)
+  PARCELON_PROPERTY(BSTR, PaperMail_FromStreetAddress1, paperMailFrom_.streetAddress1)
+  PARCELON_PROPERTY(BSTR, PaperMail_ToStreetAddress2, paperMailTo_.streetAddress2)
+  PARCELON_PROPERTY(BSTR, PaperMail_FromStreetAddress2, paperMailFrom_.streetAddress2)
+  PARCELON_PROPERTY(BSTR, PaperMail_ToCity, paperMailTo_.city)
+  PARCELON_PROPERTY(BSTR, PaperMail_FromCity, paperMailFrom_.city)
+  PARCELON_PROPERTY(BSTR, PaperMail_ToState, paperMailTo_.state)
+  PARCELON_PROPERTY(BSTR, PaperMail_FromState, paperMailFrom_.state)
+  PARCELON_PROPERTY(BSTR, PaperMail_ToPostalCode, paperMailTo_.postalCode)
+  PARCELON_PROPERTY(BSTR, PaperMail_FromPostalCode, paperMailFrom_.postalCode)
+  PARCELON_PROPERTY(BSTR, PaperMail_ToCountry, paperMailTo_.country)
+  PARCELON_PROPERTY(BSTR, PaperMail_FromCountry, paperMailFrom_.country)
+  PARCELON_PROPERTY(BSTR, CoverLetter, coverLetter_)
+  PARCELON_PROPERTY(VARIANT_BOOL, IsSample, isSample_)
+  PARCELON_PROPERTY(VARIANT_BOOL, UseColor, useColor_)
 
   // INA_Form6
-  NA_FORM_PROPERTY(VARIANT_BOOL, SynchMultiple, synchMultiple_)
+  PARCELON_PROPERTY(VARIANT_BOOL, SynchMultiple, synchMultiple_)
 
   // INA_Form7
   HRESULT STDMETHODCALLTYPE get_AttachmentFileList(BSTR* pVal) override;
@@ -138,22 +127,6 @@ class CNA_Form final : public parcelon::CDispatchStub<INA_Form7>,
 
   CNA_Form() = default;
   ~CNA_Form() = default;
-
-  static HRESULT ReadProperty(const Bstr& field, BSTR* out) {
-    return parcelon::CopyBstr(field.Get(), out);
-  }
-  static HRESULT WriteProperty(Bstr& field, BSTR value);
-  template <class T>
-  static HRESULT ReadProperty(const T& field, T* out) {
-    if (!out) return E_POINTER;
-    *out = field;
-    return S_OK;
-  }
-  template <class T>
-  static HRESULT WriteProperty(T& field, T value) {
-    field = value;
-    return S_OK;
-  }
 
   // The form's own attachment when both its path and its file name are set: the path made to
   // end with "\" (written back) and the file name. False when either is empty.
@@ -194,7 +167,3 @@ class CNA_Form final : public parcelon::CDispatchStub<INA_Form7>,
 
   std::vector<Bstr> attachmentFiles_;
 };
-
-#undef NA_FORM_PROPERTY
-#undef NA_FORM_PUTTER
-#undef NA_FORM_GETTER

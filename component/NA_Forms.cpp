@@ -119,39 +119,6 @@ HRESULT CNA_Forms::RemoveAllForms() {
   return S_OK;
 }
 
-HRESULT CNA_Forms::get_ForceNewCompany(VARIANT_BOOL* pVal) {
-  if (!pVal) return E_POINTER;
-  *pVal = forceNewCompany_;
-  return S_OK;
-}
-
-HRESULT CNA_Forms::put_ForceNewCompany(VARIANT_BOOL newVal) {
-  forceNewCompany_ = newVal;
-  return S_OK;
-}
-
-HRESULT CNA_Forms::get_DoAllCustomers(VARIANT_BOOL* pVal) {
-  if (!pVal) return E_POINTER;
-  *pVal = doAllCustomers_;
-  return S_OK;
-}
-
-HRESULT CNA_Forms::put_DoAllCustomers(VARIANT_BOOL newVal) {
-  doAllCustomers_ = newVal;
-  return S_OK;
-}
-
-HRESULT CNA_Forms::get_UploadScope(NAUploadScope* pVal) {
-  if (!pVal) return E_POINTER;
-  *pVal = uploadScope_;
-  return S_OK;
-}
-
-HRESULT CNA_Forms::put_UploadScope(NAUploadScope newVal) {
-  uploadScope_ = newVal;
-  return S_OK;
-}
-
 // ---- The send states ------------------------------------------------------------------------
 
 HRESULT CNA_Forms::Initialize() {

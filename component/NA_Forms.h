@@ -47,12 +47,9 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
   HRESULT STDMETHODCALLTYPE RemoveAllForms() override;
   // Also INA_Base::OnSynchCompleted.
   HRESULT STDMETHODCALLTYPE OnSynchCompleted() override;
-  HRESULT STDMETHODCALLTYPE get_ForceNewCompany(VARIANT_BOOL* pVal) override;
-  HRESULT STDMETHODCALLTYPE put_ForceNewCompany(VARIANT_BOOL newVal) override;
-  HRESULT STDMETHODCALLTYPE get_DoAllCustomers(VARIANT_BOOL* pVal) override;
-  HRESULT STDMETHODCALLTYPE put_DoAllCustomers(VARIANT_BOOL newVal) override;
-  HRESULT STDMETHODCALLTYPE get_UploadScope(NAUploadScope* pVal) override;
-  HRESULT STDMETHODCALLTYPE put_UploadScope(NAUploadScope newVal) override;
+  PARCELON_PROPERTY(VARIANT_BOOL, ForceNewCompany, forceNewCompany_)
+  PARCELON_PROPERTY(VARIANT_BOOL, DoAllCustomers, doAllCustomers_)
+  PARCELON_PROPERTY(NAUploadScope, UploadScope, uploadScope_)
 
   // INA_Base
   HRESULT STDMETHODCALLTYPE BuildXML(short indentLevel, BSTR* pXML) override;
