@@ -1,6 +1,6 @@
-// The common frame of the component's COM objects: reference counting, creation through an
-// interface, interface-list matching for QueryInterface, IDispatch for the dual interfaces, and
-// the class object of each class.
+// The common frame of the component's COM objects: creation through an interface, IDispatch for
+// the dual interfaces, property accessors, and the class object of each class (the reference
+// count and interface matching are platform/RefCounted.h's).
 #pragma once
 
 #include <new>
@@ -9,30 +9,9 @@
 #include "platform/Bstr.h"
 #include "platform/ComBase.h"
 #include "platform/Dispatch.h"
+#include "platform/RefCounted.h"
 
 namespace parcelon {
-
-// True when `riid` names one of `Interfaces`.
-template <class... Interfaces>
-bool IsOneOf(REFIID riid) {
-  return ((riid == IidOf<Interfaces>()) || ...);
-}
-
-// The reference count of an apartment object (all calls arrive on one thread). The object
-// deletes itself on the last Release.
-template <class Derived>
-class CRefCounted {
- protected:
-  ULONG AddRefImpl() { return ++refs_; }
-  ULONG ReleaseImpl() {
-    const ULONG left = --refs_;
-    if (left == 0) delete static_cast<Derived*>(this);
-    return left;
-  }
-
- private:
-  ULONG refs_ = 0;
-};
 
 // The IDispatch part of a dual interface. There is no type information yet, so automation by name
 // is not offered; callers use the interface's own slots.

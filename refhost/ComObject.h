@@ -20,6 +20,7 @@
 #include "host/HostModel.h"
 #include "platform/ComBase.h"
 #include "platform/ComPtr.h"
+#include "platform/RefCounted.h"
 #include "refhost/CompanyData.h"
 #include "refhost/Text.h"
 
@@ -111,7 +112,7 @@ HRESULT CreateObject(I** out, Args&&... args) {
 // IUnknown for an object whose most derived interface is Most; QueryInterface also answers for
 // IUnknown and each of Also, which must be bases of Most. The reference count starts at 0.
 template <class Most, class... Also>
-class ComObject : public Most {
+class ComObject : public Most, private CRefCounted<ComObject<Most, Also...>> {
   static_assert((std::is_base_of_v<Also, Most> && ...), "the chain must be bases of Most");
 
  public:
@@ -129,12 +130,8 @@ class ComObject : public Most {
     AddRef();
     return S_OK;
   }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-  ULONG STDMETHODCALLTYPE Release() override {
-    const ULONG left = --references_;
-    if (left == 0) delete this;
-    return left;
-  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return this->AddRefImpl(); }
+  ULONG STDMETHODCALLTYPE Release() override { return this->ReleaseImpl(); }
 
  protected:
   Company& company() const { return *company_; }
@@ -198,15 +195,15 @@ class ComObject : public Most {
  private:
   // The pointer QueryInterface gives for `riid`; null when the object does not answer for it.
   static void* Answer(REFIID riid, Most* self) {
-    if (IsEqualGUID(riid, IidOf<IUnknown>()) || IsEqualGUID(riid, IidOf<Most>())) return self;
+    if (IsOneOf<IUnknown, Most>(riid)) return self;
     void* answer = nullptr;
     (void)((answer = IsEqualGUID(riid, IidOf<Also>()) ? static_cast<Also*>(self) : nullptr) || ...);
     return answer;
   }
 
+  friend class CRefCounted<ComObject>;
   CompanyPtr company_;
   LONG record_;
-  ULONG references_ = 0;
 };
 
 }  // namespace parcelon::refhost
