@@ -41,7 +41,6 @@ struct FormSetup {
   NASendType method = nastEMAIL;
   NAFormType type = naftINVOICE;
   VARIANT_BOOL synchMultiple = VARIANT_FALSE;
-  std::string attachmentFileName;
 };
 
 class ComponentTest : public DiagnosticsTest {
@@ -72,7 +71,7 @@ class ComponentTest : public DiagnosticsTest {
     return session;
   }
 
-  // Adds a form to the session and sets its send method, type, SynchMultiple and file name.
+  // Adds a form to the session and sets its send method, type and SynchMultiple.
   ComPtr<INA_Form7> AddForm(const FormSetup& setup) {
     ComPtr<INA_Form> added;
     EXPECT_EQ(S_OK, session_->AddForm(added.ReleaseAndGetAddressOf()));
@@ -81,9 +80,6 @@ class ComponentTest : public DiagnosticsTest {
     EXPECT_EQ(S_OK, form->put_SendMethod(setup.method));
     EXPECT_EQ(S_OK, form->put_FormType(setup.type));
     EXPECT_EQ(S_OK, form->put_SynchMultiple(setup.synchMultiple));
-    if (!setup.attachmentFileName.empty()) {
-      EXPECT_EQ(S_OK, form->put_AttachmentFileName(MakeBstr(setup.attachmentFileName).Get()));
-    }
     return form;
   }
   ComPtr<INA_Form7> AddForm(NASendType method, NAFormType type = naftINVOICE) {

@@ -47,13 +47,9 @@ class CallbacksTest : public ComponentTest {
 
 // ---- Fixed answers --------------------------------------------------------------------------
 
+// The login type, DTD and response types, which every pass of a whole send shows, are the same
+// before any form (tests/component/sends).
 TEST_F(CallbacksTest, NewSessionAnswers) {
-  NALoginType login = naltENSURELOGINONLY;
-  EXPECT_EQ(S_OK, base_->get_LoginType(&login));
-  EXPECT_EQ(naltSTANDARDLOGIN, login);
-  EXPECT_EQ("LXMAIN", Get(&INA_Base5::get_DTD_ID));
-  EXPECT_EQ("1.0", Get(&INA_Base5::get_DTD_Version));
-  EXPECT_EQ("AttachmentRs,LXDataMsgsRs", Get(&INA_Base5::get_ResponseTypesToParse));
   short headers = 5;
   EXPECT_EQ(S_OK, base_->get_NumResponseHeaderParams(&headers));
   EXPECT_EQ(0, headers);
@@ -121,13 +117,11 @@ const std::string kUnexpectedState =
 
 INSTANTIATE_TEST_SUITE_P(
     Callbacks, URLTest,
+    // The passes of a whole send (attachment, then form) are in tests/component/sends.
     ::testing::Values(URLCase{0, naftINVOICE, kGatewayURL, S_OK, {}},
-                      URLCase{1, naftINVOICE, kAttachURL, S_OK, {}},
-                      URLCase{2, naftESTIMATE, kGatewayURL, S_OK, {}},
                       URLCase{3, naftSTATEMENT, kGatewayURL, S_OK, {}},
                       // Before Initialize there is no current form to be other than a host form.
                       URLCase{0, naftNON_LX, kGatewayURL, S_OK, {}},
-                      URLCase{1, naftNON_LX, kAttachURL, S_OK, {}},
                       URLCase{2, naftCREDIT_MEMO, kGatewayURL, S_OK, {}},
                       // The address is still given, with the failure.
                       URLCase{3, naftPAYCHECK_STUB, kGatewayURL, E_FAIL, {kUnexpectedState}},
@@ -166,20 +160,20 @@ TEST_P(ContentTypeTest, AttachmentIsDeclaredPdf) {
 
 INSTANTIATE_TEST_SUITE_P(
     Callbacks, ContentTypeTest,
-    ::testing::Values(ContentTypeCase{1, "pdf", "pdf", S_OK, false},
-                      ContentTypeCase{1, "PDF", std::nullopt, E_FAIL, true},
+    // "pdf" in the attachment pass and the form pass's type are in tests/component/sends.
+    ::testing::Values(ContentTypeCase{1, "PDF", std::nullopt, E_FAIL, true},
                       ContentTypeCase{1, "pdf ", std::nullopt, E_FAIL, true},
                       ContentTypeCase{1, "pd", std::nullopt, E_FAIL, true},
                       ContentTypeCase{1, "", std::nullopt, E_FAIL, true},
                       ContentTypeCase{1, nullptr, std::nullopt, E_FAIL, true},
                       ContentTypeCase{0, "PDF", "application/x-zpn", S_OK, false},
-                      ContentTypeCase{2, "pdf", "application/x-zpn", S_OK, false},
                       ContentTypeCase{3, nullptr, "application/x-zpn", S_OK, false}));
 
 // ---- Request header lines -------------------------------------------------------------------
 
 // The attachment pass sends the authentication values last given (empty before any) and the file
-// name; the form pass sends "final" alone; outside the passes the output is left as it was.
+// name; outside the passes the output is left as it was. The form pass's "final: true" is in
+// tests/component/sends.
 TEST_F(CallbacksTest, RequestHeaderLinesOfEachState) {
   for (int state : {0, 3}) {
     ASSERT_EQ(S_OK, session_->RemoveAllForms());
@@ -199,9 +193,6 @@ TEST_F(CallbacksTest, RequestHeaderLinesOfEachState) {
   ASSERT_EQ(S_OK, form->put_AttachmentFileName(MakeBstr("inv 1001.pdf").Get()));
   EXPECT_EQ("ticket: T-77\r\nauthid: A-9\r\nfilename: inv 1001.pdf\r\nfinal: false\r\n",
             Get(&INA_Base5::get_RequestHeaderParams));
-  ASSERT_EQ(S_OK, session_->RemoveAllForms());
-  StartIn(2);
-  EXPECT_EQ("final: true\r\n", Get(&INA_Base5::get_RequestHeaderParams));
 }
 
 // ---- Response header name -------------------------------------------------------------------
@@ -209,37 +200,29 @@ TEST_F(CallbacksTest, RequestHeaderLinesOfEachState) {
 struct HeaderNameCase {
   int state;
   short index;
-  bool answered;
 };
 
 class HeaderNameTest : public CallbacksTest,
                        public ::testing::WithParamInterface<HeaderNameCase> {};
 
-// Only the attachment pass has a response header to read, the cookie, as number 1, though the
-// number of headers reported is 0.
-TEST_P(HeaderNameTest, CookieIsTheAttachmentPassesOnlyHeader) {
+// Only the attachment pass has a response header to read, the cookie, as number 1 (its name is in
+// tests/component/sends), though the number of headers reported is 0: no other number, and no
+// other pass, has a name.
+TEST_P(HeaderNameTest, OnlyTheAttachmentPassesCookieHasAName) {
   StartIn(GetParam().state);
   BSTR name = reinterpret_cast<BSTR>(&name);
-  if (GetParam().answered) {
-    EXPECT_EQ(S_OK, base_->get_ResponseHeaderParamName(GetParam().index, &name));
-    EXPECT_EQ("Set-Cookie", Take(name));
-    EXPECT_TRUE(LogEntries().empty());
-  } else {
-    EXPECT_EQ(E_FAIL, base_->get_ResponseHeaderParamName(GetParam().index, &name));
-    EXPECT_EQ(nullptr, name);
-    EXPECT_EQ(std::vector<std::string>{SessionEntry(
-                  "get_ResponseHeaderParamName",
-                  "Network Adapter asking for too many header param names.", "0x80004005")},
-              LogEntries());
-  }
+  EXPECT_EQ(E_FAIL, base_->get_ResponseHeaderParamName(GetParam().index, &name));
+  EXPECT_EQ(nullptr, name);
+  EXPECT_EQ(std::vector<std::string>{SessionEntry(
+                "get_ResponseHeaderParamName",
+                "Network Adapter asking for too many header param names.", "0x80004005")},
+            LogEntries());
 }
 
 INSTANTIATE_TEST_SUITE_P(Callbacks, HeaderNameTest,
-                         ::testing::Values(HeaderNameCase{1, 1, true}, HeaderNameCase{1, 2, false},
-                                           HeaderNameCase{1, 0, false},
-                                           HeaderNameCase{1, -1, false},
-                                           HeaderNameCase{0, 1, false}, HeaderNameCase{2, 1, false},
-                                           HeaderNameCase{3, 1, false}));
+                         ::testing::Values(HeaderNameCase{1, 2}, HeaderNameCase{1, 0},
+                                           HeaderNameCase{1, -1}, HeaderNameCase{0, 1},
+                                           HeaderNameCase{2, 1}, HeaderNameCase{3, 1}));
 
 // ---- The cookie -----------------------------------------------------------------------------
 
@@ -342,9 +325,9 @@ TEST_P(ServiceTest, FirstFormsMethodAndCurrentFormsTypeChooseTheService) {
 INSTANTIATE_TEST_SUITE_P(
     Callbacks, ServiceTest,
     ::testing::Values(
+        // E-mailed, faxed and paper-mailed host forms and an e-mailed other document are in
+        // tests/component/sends.
         ServiceCase{"NoForms", {}, false, "1006", kLXMainDocType},
-        ServiceCase{"EMailedInvoice", {{nastEMAIL, naftINVOICE}}, true, "1006", kLXMainDocType},
-        ServiceCase{"FaxedEstimate", {{nastFAX, naftESTIMATE}}, true, "2010", kLXMainDocType},
         ServiceCase{
             "FaxFirstBeforeInitialize", {{nastFAX, naftNON_LX}}, false, "2010", kLXMainDocType},
         ServiceCase{"FaxSecond",
@@ -352,15 +335,9 @@ INSTANTIATE_TEST_SUITE_P(
                     true,
                     "1006",
                     kLXMainDocType},
-        ServiceCase{"OtherDocument", {{nastEMAIL, naftNON_LX}}, true, "2036", kFormGateDocType},
         ServiceCase{
             "FaxedOtherDocument", {{nastFAX, naftSALES_RECEIPT}}, true, "2036", kFormGateDocType},
-        ServiceCase{"UnknownType", {{nastNONE, NAFormType(40)}}, true, "2036", kFormGateDocType},
-        ServiceCase{"PaperMailedStatement",
-                    {{nastPAPER_MAIL, naftSTATEMENT}},
-                    true,
-                    "1006",
-                    kLXMainDocType}),
+        ServiceCase{"UnknownType", {{nastNONE, NAFormType(40)}}, true, "2036", kFormGateDocType}),
     [](const ::testing::TestParamInfo<ServiceCase>& info) { return info.param.name; });
 
 // ---- E-mail parameters ----------------------------------------------------------------------

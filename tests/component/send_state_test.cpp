@@ -57,7 +57,7 @@ class InitializeTest : public SendStateTest,
                        public ::testing::WithParamInterface<InitializeCase> {};
 
 // The first form's send method chooses the first pass: a delivered form starts with the upload
-// of its attachment, any other with the form request.
+// of its attachment (tests/component/sends), any other with the form request.
 TEST_P(InitializeTest, FirstFormsMethodChoosesTheFirstPass) {
   AddForm(GetParam().method);
   AddForm(nastEMAIL);
@@ -69,9 +69,7 @@ TEST_P(InitializeTest, FirstFormsMethodChoosesTheFirstPass) {
 
 INSTANTIATE_TEST_SUITE_P(
     SendState, InitializeTest,
-    ::testing::Values(InitializeCase{nastEMAIL, 1, S_OK}, InitializeCase{nastFAX, 1, S_OK},
-                      InitializeCase{nastPAPER_MAIL, 1, S_OK}, InitializeCase{nastNONE, 2, S_FALSE},
-                      InitializeCase{nastDELETE, 2, S_FALSE}, InitializeCase{nastVOID, 2, S_FALSE},
+    ::testing::Values(InitializeCase{nastDELETE, 2, S_FALSE}, InitializeCase{nastVOID, 2, S_FALSE},
                       InitializeCase{nastPENDING, 2, S_FALSE}));
 
 TEST_F(SendStateTest, NewSessionWantsAPass) {
@@ -100,7 +98,8 @@ struct SendCase {
 class SendTest : public SendStateTest, public ::testing::WithParamInterface<SendCase> {};
 
 // Whether a form pass is followed by an attachment pass is decided by the send method of the form
-// just completed, not by the next form's.
+// just completed, not by the next form's. A form alone, two e-mailed forms and SynchMultiple on
+// the first of two are in tests/component/sends.
 TEST_P(SendTest, PassesFollowTheForms) {
   const SendCase& c = GetParam();
   for (size_t i = 0; i < c.methods.size(); ++i)
@@ -113,13 +112,10 @@ TEST_P(SendTest, PassesFollowTheForms) {
 INSTANTIATE_TEST_SUITE_P(
     SendState, SendTest,
     ::testing::Values(
-        SendCase{"EMailedAlone", {nastEMAIL}, -1, "1A 2A 3"},
-        SendCase{"NoneAlone", {nastNONE}, -1, "2A 3"},
         SendCase{"FaxThenPaperMail", {nastFAX, nastPAPER_MAIL}, -1, "1A 2A 1B 2B 3"},
         SendCase{"DeliveredThenNone", {nastEMAIL, nastNONE}, -1, "1A 2A 1B 2B 3"},
         SendCase{"NoneThenDelivered", {nastNONE, nastEMAIL, nastFAX}, -1, "2A 2B 1C 2C 3"},
         SendCase{"RemovalNotices", {nastDELETE, nastVOID, nastPENDING}, -1, "2A 2B 2C 3"},
-        SendCase{"SynchMultipleOnFirst", {nastEMAIL, nastEMAIL}, 0, "1A 2A 3"},
         SendCase{"SynchMultipleOnSecond", {nastNONE, nastNONE, nastNONE}, 1, "2A 2B 3"},
         SendCase{"SynchMultipleOnLast", {nastNONE, nastEMAIL}, 1, "2A 2B 3"}),
     [](const ::testing::TestParamInfo<SendCase>& info) { return info.param.name; });

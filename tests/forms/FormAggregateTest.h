@@ -1,14 +1,13 @@
 // The setting of the form aggregate tests (invoice, estimate, statement, line writers): the
 // reference host of a fixture company, the local time zone fixed to five hours west of UTC without
 // daylight time (so that dates written with the local zone show it), helpers that compare texts,
-// and the runners of the fault tables and of the indentation check.
+// and the runner of the fault tables.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <ctime>
 #include <functional>
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -130,16 +129,6 @@ class FormAggregateTest : public FormsTest {
       }
       EXPECT_EQ(c.log, LogEntries());
     }
-  }
-
-  // With the indentation switch on, `build` gives `whole` but for the blanks that start its
-  // lines, which come as in each of `indented`.
-  void ExpectIndented(const std::string& whole, const std::function<std::string()>& build,
-                      std::initializer_list<const char*> indented) {
-    WriteSettings("NetworkAdapter.IndentXML=1\n");
-    const std::string text = build();
-    EXPECT_EQ(whole, WithoutLeadingBlanks(text));
-    for (const char* piece : indented) EXPECT_NE(std::string::npos, text.find(piece)) << piece;
   }
 
  private:

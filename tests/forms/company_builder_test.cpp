@@ -1,5 +1,6 @@
 // The company block and the two sales tax aggregates against the reference host, with every
-// failure reached through its faults.
+// failure reached through its faults. The whole block of a company with every value is in the
+// whole sends (tests/component/sends).
 #include <gtest/gtest.h>
 
 #include <string>
@@ -53,11 +54,6 @@ class CompanyBuilderTest : public FormsTest {
     return Written(expected, [&](XMLBuilder& b) { return CCompanyBuilder(CompanyFile().Get()).BuildXML(b); }, depth);
   }
 };
-
-TEST_F(CompanyBuilderTest, WritesNameEmailAddressAndPhone) {
-  EXPECT_EQ(kWholeCompany, Build(S_OK));
-  EXPECT_TRUE(LogEntries().empty());
-}
 
 TEST_F(CompanyBuilderTest, IndentsWithTheSwitch) {
   WriteSettings("NetworkAdapter.IndentXML=1\n");

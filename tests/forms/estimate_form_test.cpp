@@ -1,7 +1,6 @@
 // The estimate form aggregate against the reference host: whole texts for an estimate of a
 // customer and one of a job (which names the job as its project), a zero date; every failure of
-// a required or optional read, reached through the host's faults, with its log lines; the
-// indentation switch.
+// a required or optional read, reached through the host's faults, with its log lines.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -65,11 +64,6 @@ TEST_F(EstimateFormTest, EstimatesOfACustomerAndOfAJob) {
   EXPECT_EQ(kCustomerEstimate, BuildForm(200, S_OK));
   EXPECT_EQ(kJobEstimate, BuildForm(201, S_OK));
   EXPECT_TRUE(LogEntries().empty());
-}
-
-TEST_F(EstimateFormTest, IndentationChangesNothingButLeadingBlanks) {
-  ExpectIndented(kCustomerEstimate, [&] { return BuildForm(200, S_OK); },
-                 {"\n  <EstimateDetail>\n    <TranID>200</TranID>\n", "\n      <Addr2>Unit 4 &amp; 5</Addr2>\n"});
 }
 
 TEST_F(EstimateFormTest, EveryFailedReadOfTheJobsEstimate) {

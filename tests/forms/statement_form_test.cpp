@@ -1,7 +1,7 @@
 // The statement form aggregate against the reference host: the whole text of a statement for a
 // job (the job's full name and number, the address of the customer at the top of its tree) and
 // its period; every failure of a read, reached through the host's faults, with its log lines;
-// the indentation switch; the aging, account, sales rep, terms and statement line writers.
+// the aging, account, sales rep, terms and statement line writers.
 #include <gtest/gtest.h>
 
 #include <span>
@@ -83,11 +83,6 @@ TEST_F(StatementFormTest, UnsetValuesAreStillWritten) {
                                   "<StatementFromDate>18991230</StatementFromDate>\n"
                                   "<StatementToDate>18991230</StatementToDate>\n"),
             BuildForm(values, S_OK));
-}
-
-TEST_F(StatementFormTest, IndentationChangesNothingButLeadingBlanks) {
-  ExpectIndented(kStatement, [&] { return BuildForm(Values(), S_OK); },
-                 {"\n  <StatementDetail>\n    <StatementID>900</StatementID>\n", "\n      <Addr3>Floor 3</Addr3>\n"});
 }
 
 TEST_F(StatementFormTest, EveryReadEndsTheFormWithItsMessages) {
