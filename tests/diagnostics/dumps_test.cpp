@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -64,56 +65,48 @@ TEST_F(DumpsTest, FixedNameTellsTypeAndExtension) {
   }
 }
 
-TEST_F(DumpsTest, FixedNameIsOverwritten) {
-  WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n");
-  DumpAttachment("first send", 10, 1, "pdf");
-  DumpAttachment("second", 6, 1, "pdf");
-  EXPECT_EQ(std::vector<std::string>{"na2003_Invoice.pdf"}, FileNames(TempPath()));
-  EXPECT_EQ("second", ReadFile(TempPath() + "na2003_Invoice.pdf"));
-}
-
-TEST_F(DumpsTest, DoNotOverwriteGivesEachDumpItsOwnFile) {
-  WriteSettings(
-      "[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\nNetworkAdapter.DoNotOverwriteDump=1\n");
-  EXPECT_EQ(S_OK, DumpAttachment("first send", 10, 1, "pdf"));
-  EXPECT_EQ(S_OK, DumpAttachment("second", 6, 1, "pdf"));
-
-  const std::vector<std::string> names = FileNames(TempPath());
-  ASSERT_EQ(2u, names.size());
-  std::vector<std::string> contents;
-  for (const auto& name : names) {
-    EXPECT_TRUE(IsUniqueName(name, "NARequest", "_Invoice.pdf")) << name;
-    contents.push_back(ReadFile(TempPath() + name));
+// Two dumps of a kind: under its fixed name the second replaces the first; with
+// DoNotOverwriteDump each has a file of its own.
+TEST_F(DumpsTest, SecondDumpReplacesTheFirstUnlessEachHasItsOwnFile) {
+  const auto attachment = [](const std::string& data) { return DumpAttachment(data.data(), data.size(), 1, "pdf"); };
+  const auto cookie = [](const std::string& data) { return DumpResponseHeaderCookie(data.c_str()); };
+  const std::string own = "NetworkAdapter.DoNotOverwriteDump=1\n";
+  const struct {
+    std::string settings;
+    std::function<HRESULT(const std::string&)> dump;
+    const char* prefix;  // the fixed name, or the beginning of the unique names
+    const char* suffix;  // empty for a fixed name
+  } cases[] = {
+      {"DumpAttachment=1\n", attachment, "na2003_Invoice.pdf", ""},
+      {"DumpAttachment=1\n" + own, attachment, "NARequest", "_Invoice.pdf"},
+      {"DumpResponseHeaderCookie=1\n", cookie, "responseHeaderCookie.txt", ""},
+      {"DumpResponseHeaderCookie=1\n" + own, cookie, "NAResponseHeaderCookie", ".txt"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.settings);
+    for (const std::string& name : FileNames(TempPath())) std::remove((TempPath() + name).c_str());
+    WriteSettings("[ZPSSettings]\nNetworkAdapter." + c.settings);
+    EXPECT_EQ(S_OK, c.dump("first"));
+    EXPECT_EQ(S_OK, c.dump("second; path=/"));
+    std::vector<std::string> contents;
+    for (const std::string& name : FileNames(TempPath())) {
+      EXPECT_TRUE(*c.suffix ? IsUniqueName(name, c.prefix, c.suffix) : name == c.prefix) << name;
+      contents.push_back(ReadFile(TempPath() + name));
+    }
+    std::sort(contents.begin(), contents.end());
+    const std::vector<std::string> kept = {"first", "second; path=/"};
+    EXPECT_EQ(*c.suffix ? kept : std::vector<std::string>{kept[1]}, contents);
   }
-  std::sort(contents.begin(), contents.end());
-  EXPECT_EQ((std::vector<std::string>{"first send", "second"}), contents);
 }
 
-TEST_F(DumpsTest, EmptyAttachmentIsAnEmptyFile) {
-  WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\n");
-  EXPECT_EQ(S_OK, DumpAttachment(nullptr, 0, 3, "pdf"));
-  EXPECT_TRUE(FileExists(TempPath() + "na2003_Statement.pdf"));
-  EXPECT_EQ("", ReadFile(TempPath() + "na2003_Statement.pdf"));
-}
-
-TEST_F(DumpsTest, CookieGoesToItsFixedFile) {
-  WriteSettings("[ZPSSettings]\nNetworkAdapter.DumpResponseHeaderCookie=1\n");
-  EXPECT_EQ(S_OK, DumpResponseHeaderCookie("messageid=42; path=/"));
-  EXPECT_EQ(std::vector<std::string>{"responseHeaderCookie.txt"}, FileNames(TempPath()));
-  EXPECT_EQ("messageid=42; path=/", ReadFile(TempPath() + "responseHeaderCookie.txt"));
-  EXPECT_EQ(S_OK, DumpResponseHeaderCookie(nullptr));
-  EXPECT_EQ("", ReadFile(TempPath() + "responseHeaderCookie.txt"));
-}
-
-TEST_F(DumpsTest, CookieWithDoNotOverwriteGetsUniqueNames) {
+TEST_F(DumpsTest, NoAttachmentOrCookieIsAnEmptyFile) {
   WriteSettings(
-      "[ZPSSettings]\nNetworkAdapter.DumpResponseHeaderCookie=1\n"
-      "NetworkAdapter.DoNotOverwriteDump=1\n");
-  DumpResponseHeaderCookie("messageid=1");
-  DumpResponseHeaderCookie("messageid=2");
-  const std::vector<std::string> names = FileNames(TempPath());
-  ASSERT_EQ(2u, names.size());
-  for (const auto& name : names) EXPECT_TRUE(IsUniqueName(name, "NAResponseHeaderCookie", ".txt")) << name;
+      "[ZPSSettings]\nNetworkAdapter.DumpAttachment=1\nNetworkAdapter.DumpResponseHeaderCookie=1\n");
+  EXPECT_EQ(S_OK, DumpAttachment(nullptr, 0, 3, "pdf"));
+  EXPECT_EQ(S_OK, DumpResponseHeaderCookie(nullptr));
+  const std::vector<std::string> names = {"na2003_Statement.pdf", "responseHeaderCookie.txt"};
+  EXPECT_EQ(names, FileNames(TempPath()));
+  for (const std::string& name : names) EXPECT_EQ("", ReadFile(TempPath() + name)) << name;
 }
 
 TEST_F(DumpsTest, EachSwitchTurnsOnItsOwnDump) {

@@ -1,5 +1,5 @@
 // Fault injection: a fault fails exactly the named operation on exactly the chosen record, from a
-// test and from a fixture; unavailable interfaces and absent records.
+// test and from a fixture; interfaces unavailable from the fixture, and absent records.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -27,22 +27,18 @@ HRESULT FirstNameOf(const CompanyPtr& company, LONG recNum) {
   return Status(RecordOf<IName>(company, recNum), &IName::GetFirstName);
 }
 
-TEST(Faults, FailExactlyTheOperationOnTheRecord) {
+// A fault names its record or fails every record; a record's own fault wins over the one for all.
+TEST(Faults, FailExactlyTheOperationOnTheirRecordOrOnEveryRecord) {
   const CompanyPtr company = LoadCompany(kCompany);
   ASSERT_TRUE(company->faults.Fail("IName::GetCompanyName", E_ACCESSDENIED, 2));
+  ASSERT_TRUE(company->faults.Fail("IName::GetFirstName", E_FAIL));
+  ASSERT_TRUE(company->faults.Fail("IName::GetFirstName", E_OUTOFMEMORY, 3));
   EXPECT_EQ(E_ACCESSDENIED, CompanyNameOf(company, 2));
   EXPECT_EQ(S_OK, CompanyNameOf(company, 3));
-  EXPECT_EQ(S_OK, FirstNameOf(company, 2));
+  EXPECT_EQ(E_FAIL, FirstNameOf(company, 2));
+  EXPECT_EQ(E_OUTOFMEMORY, FirstNameOf(company, 3));
+  EXPECT_EQ(S_OK, Status(RecordOf<IName>(company, 2), &IName::GetLastName));
   EXPECT_EQ(1, company->faults.Triggered("IName::GetCompanyName"));
-}
-
-TEST(Faults, FailEveryRecordUnlessOneRecordHasItsOwn) {
-  const CompanyPtr company = LoadCompany(kCompany);
-  ASSERT_TRUE(company->faults.Fail("IName::GetCompanyName", E_FAIL));
-  ASSERT_TRUE(company->faults.Fail("IName::GetCompanyName", E_OUTOFMEMORY, 3));
-  EXPECT_EQ(E_FAIL, CompanyNameOf(company, 2));
-  EXPECT_EQ(E_OUTOFMEMORY, CompanyNameOf(company, 3));
-  EXPECT_EQ(S_OK, FirstNameOf(company, 3));
 }
 
 TEST(Faults, ListElementMethodsAnswerToTheRecordInterfaceAndToIListElement) {
@@ -66,12 +62,13 @@ TEST(Faults, ValuesBelongToTheRecordThatGaveThemOut) {
   EXPECT_EQ("Capital City", Get(companyAddress, &IAddress::GetCity));
 }
 
-TEST(Faults, RefuseWhatIsNoHostOperationOrNoFailure) {
+TEST(Faults, RefuseWhatIsNoHostOperationOrInterfaceOrNoFailure) {
   Faults faults;
   EXPECT_FALSE(faults.Fail("IFoo::GetName", E_FAIL));
   EXPECT_FALSE(faults.Fail("GetName", E_FAIL));
   EXPECT_FALSE(faults.Fail("IName::", E_FAIL));
   EXPECT_FALSE(faults.Fail("IName::GetName", S_FALSE));
+  EXPECT_FALSE(faults.MakeUnavailable("ITerm9"));
   EXPECT_FALSE(faults.Active());
 }
 
@@ -93,19 +90,6 @@ TEST(Faults, FromTheFixture) {
   EXPECT_TRUE(company->faults.IsAbsent(ListKind::Names, 3));
   EXPECT_TRUE(company->faults.IsLockHeld(u"DataUpload"));
   EXPECT_FALSE(company->faults.IsLockHeld(u"Other"));
-}
-
-TEST(Unavailable, QueryInterfaceFailsForThatInterfaceOnly) {
-  const CompanyPtr company = LoadCompany(kCompany);
-  const ComPtr<ITerm> term = RecordOf<ITerm>(company, 2);
-  ComPtr<ITerm2> term2;
-  ASSERT_EQ(S_OK, term.As(term2));
-  ASSERT_TRUE(company->faults.MakeUnavailable("ITerm2"));
-  EXPECT_EQ(E_NOINTERFACE, term.As(term2));
-  EXPECT_FALSE(term2);
-  ComPtr<IListElement> element;
-  EXPECT_EQ(S_OK, term.As(element));
-  EXPECT_FALSE(company->faults.MakeUnavailable("ITerm9"));
 }
 
 TEST(Absent, LookupsByRecordNumberDoNotFindTheRecord) {

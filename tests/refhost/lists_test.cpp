@@ -157,14 +157,6 @@ TEST(Items, ParentAndGroupMembers) {
   EXPECT_EQ(-1, RecNumOf(Get(kit, &IItem::GetParent)));
 }
 
-TEST(References, UnsetReferencesGiveAnEmptyRecord) {
-  const ComPtr<IName> acme = RecordOf<IName>(LoadCompany(kCompany), 1);
-  const ComPtr<ITerm> terms = Get(acme, &IName::GetTerms);
-  EXPECT_EQ(0, RecNumOf(terms));
-  EXPECT_EQ(0, RecNumOf(Get(acme, &IName::GetSalesRep)));
-  EXPECT_EQ("", Get(terms, &ITerm::GetName));
-}
-
 const char* const kOwner = "{54901C71-3408-44fb-9031-7B4BB81D871C}";
 const char* const kUploadTime = "ParcelonUploadTime";
 

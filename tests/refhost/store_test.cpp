@@ -246,14 +246,19 @@ class StoreTest : public ::testing::Test {
   const std::string path_ = folder_.File("company.db");
 };
 
-TEST_F(StoreTest, FixtureAttributesFieldsAndRecordsSurviveReopening) {
+TEST_F(StoreTest, LastWritesOfAttributesFieldsAndRecordsSurviveReopening) {
   {
     auto store = CreateStore();
-    store->WriteAttributes(ListKind::Names, 7, {Attribute{kUploadTime, kOwner, 1700000000}});
+    // Earlier writes, which the later ones replace: attributes as a whole, fields one by one.
+    store->WriteAttributes(ListKind::Names, 7, {Attribute{u"T", u"O", 1}});
+    store->WriteAttributes(ListKind::Terms, 2, {Attribute{u"T", u"O", 1}});
+    store->SaveRecord(ListKind::Names, 7, {{"email", "\"old\""}, {"note", "\"n\""}}, nullptr);
+
+    const std::vector<Attribute> stamps = {Attribute{kUploadTime, kOwner, 1700000000}};
+    store->SaveRecord(ListKind::Names, 7, {{"email", R"("a@b.example")"}, {"hidden", "true"}}, &stamps);
     // An empty set is kept: it hides the fixture's.
     store->WriteAttributes(ListKind::Terms, 2, {});
     store->WriteAttributes(ListKind::Items, -5, {Attribute{u"B", u"{X}", -1}, Attribute{u"A", u"{X}", 2}});
-    store->SaveRecord(ListKind::Names, 7, {{"email", R"("a@b.example")"}, {"hidden", "true"}}, nullptr);
     DataFileSave save;
     save.version = 1;
     save.properties[u"LastDataUploadToken"] = PropertyValue{VT_BSTR, 0, 0, u"T\u00e9-1"};
@@ -265,7 +270,9 @@ TEST_F(StoreTest, FixtureAttributesFieldsAndRecordsSurviveReopening) {
   EXPECT_EQ("names 7: ParcelonUploadTime {54901C71-3408-44fb-9031-7B4BB81D871C} 1700000000; terms 2:; "
             "items -5: A {X} 2 B {X} -1; ",
             Describe(store->Attributes()));
-  EXPECT_EQ(R"(names 7 email="a@b.example"; names 7 hidden=true; )", Describe(store->RecordFields()));
+  // A replaced field keeps its place.
+  EXPECT_EQ(R"(names 7 email="a@b.example"; names 7 note="n"; names 7 hidden=true; )",
+            Describe(store->RecordFields()));
 
   const PropertyValue token = store->Read(u"Orvane:NetworkAdapter:DataUpload", u"LastDataUploadToken");
   EXPECT_EQ(VT_BSTR, token.type);
@@ -273,19 +280,6 @@ TEST_F(StoreTest, FixtureAttributesFieldsAndRecordsSurviveReopening) {
   EXPECT_EQ(1, store->DataVersion(u"Orvane:NetworkAdapter:DataUpload"));
   EXPECT_EQ(3, store->DataVersion(u"Seeded")) << "the fixture's records are kept from the start";
   EXPECT_EQ(12, store->Read(u"Seeded", u"Count").integer);
-}
-
-TEST_F(StoreTest, LaterWritesReplaceEarlierOnes) {
-  auto store = CreateStore();
-  store->WriteAttributes(ListKind::Names, 7, {Attribute{u"T", u"O", 1}});
-  store->WriteAttributes(ListKind::Classes, 1, {Attribute{u"T", u"O", 1}});
-  store->SaveRecord(ListKind::Names, 7, {{"email", "\"old\""}, {"note", "\"n\""}}, nullptr);
-  const std::vector<Attribute> later = {Attribute{u"T", u"O", 2}};
-  store->SaveRecord(ListKind::Names, 7, {{"email", "\"new\""}}, &later);
-  store->WriteAttributes(ListKind::Classes, 1, {});
-
-  EXPECT_EQ("names 7: T O 2; classes 1:; ", Describe(store->Attributes()));
-  EXPECT_EQ(R"(names 7 email="new"; names 7 note="n"; )", Describe(store->RecordFields()));
 }
 
 TEST_F(StoreTest, CreateRefusesAnExistingFileAndLeavesItAlone) {

@@ -1,5 +1,5 @@
 // Form templates through the host's interfaces: a style with fields and columns read back
-// exactly, the styles list, faults on one kind of area and one style, and bad style fixtures.
+// exactly, faults on one kind of area and one style, and bad style fixtures.
 #include <gtest/gtest.h>
 
 #include <ostream>
@@ -246,16 +246,6 @@ TEST_F(TemplatesTest, ColumnsReadBackExactly) {
   }
   IStyleColumnPtr none;
   EXPECT_EQ(E_INVALIDARG, columns->GetItem(2, none.ReleaseAndGetAddressOf()));
-}
-
-TEST_F(TemplatesTest, StylesListGivesStylesByIndexAndRecordNumber) {
-  const IStylesPtr styles = Get(ListsOf(company_), &ILists::GetStyles);
-  EXPECT_EQ(2, Get(styles, &IStyles::GetCount));
-  EXPECT_EQ(7, RecNumOf(Get(styles, &IStyles::GetItem, 1)));
-  IStylePtr none;
-  EXPECT_EQ(LX_E_NOTFOUND, styles->GetItemByRecNum(RecNumVariant(2), none.ReleaseAndGetAddressOf()));
-  EXPECT_EQ(E_INVALIDARG, styles->GetItem(2, none.ReleaseAndGetAddressOf()));
-  EXPECT_FALSE(none);
 }
 
 struct AreaFaultCase {
