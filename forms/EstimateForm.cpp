@@ -89,9 +89,8 @@ HRESULT CEstimateFormBuilder::BuildXML(XMLBuilder& builder) {
                        "Failed to build estimate detail aggregate XML.");
 
   IEstimatePtr estimate;
-  if (const HRESULT hr = parcelon::forms::LookUpEstimate(companyFile_.Get(), recNum_, kFormPrefix, estimate);
-      FAILED(hr))
-    return hr;
+  RETURN_IF_FAILED(parcelon::forms::LookUpEstimate(
+      companyFile_.Get(), recNum_, kFormPrefix, estimate));
   // The customer's taxable state is only checked for being readable: the form carries no lines.
   VARIANT_BOOL customerIsTaxable = VARIANT_TRUE;
   LOG_IF_FAILED(estimate->GetCustomerIsTaxable(&customerIsTaxable), kFormPrefix,
@@ -111,14 +110,11 @@ HRESULT CEstimateDetailBuilder::BuildXML(XMLBuilder& builder) {
   IEstimate* const estimate = estimate_.Get();
 
   builder.OpenAggregate("EstimateDetail");
-  if (const HRESULT hr = parcelon::forms::AddTransactionHead(builder, estimate, recNum_, kHeaderWording,
-                                                             kDetailPrefix, totalAmount_);
-      FAILED(hr))
-    return hr;
+  RETURN_IF_FAILED(parcelon::forms::AddTransactionHead(
+      builder, estimate, recNum_, kHeaderWording, kDetailPrefix, totalAmount_));
   AddProject(builder);
-  if (const HRESULT hr = parcelon::forms::AddCustomerJob(builder, estimate, kHeaderWording, kDetailPrefix);
-      FAILED(hr))
-    return hr;
+  RETURN_IF_FAILED(parcelon::forms::AddCustomerJob(
+      builder, estimate, kHeaderWording, kDetailPrefix));
 
   Bstr number;
   if (SUCCEEDED(LOG_IF_FAILED(estimate->GetEstimateNumber(number.Out()), kDetailPrefix,
@@ -153,7 +149,7 @@ HRESULT CEstimateDetailBuilder::CheckTemplateForHowToHandleCost(BOOL* showCost) 
   if (!showCost) return E_POINTER;
   *showCost = FALSE;
   if (!estimate_) {
-    if (const HRESULT hr = InitEstimatePtr(); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(InitEstimatePtr());
   }
   IStylePtr style;
   RETURN_IF_FAILED_LOG(estimate_->GetCustomStyle(style.ReleaseAndGetAddressOf()), kCostPrefix,
@@ -192,7 +188,7 @@ HRESULT CEstimateDetailBuilder::CheckTemplateForHowToHandleCost(BOOL* showCost) 
 HRESULT CEstimateDetailBuilder::MaybeAddSalesTaxLineItem(double total, IItemPtr salesTaxItem, IAmountPtr rate,
                                                          VARIANT_BOOL customerIsTaxable, XMLBuilder& builder) {
   if (!estimate_) {
-    if (const HRESULT hr = InitEstimatePtr(); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(InitEstimatePtr());
   }
   return parcelon::forms::AddSalesTaxLine(builder, "EstimateItem", estimate_.Get(), total, salesTaxItem.Get(), rate,
                                           customerIsTaxable, kSalesTaxWording, kSalesTaxPrefix);
@@ -210,10 +206,10 @@ HRESULT CEstimateItemBuilder::BuildXML(XMLBuilder& builder, VARIANT_BOOL custome
   showCost_ = showCost;
   ReadItem(kItemPrefix);
   IEstimateItemLineItem2Ptr line2;
-  if (const HRESULT hr = ReadSecondVersion(line2, kItemPrefix); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(ReadSecondVersion(line2, kItemPrefix));
 
   builder.OpenAggregate("EstimateItem");
-  if (const HRESULT hr = BuildEstimateLineItem(); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(BuildEstimateLineItem());
   builder.CloseAggregate("EstimateItem");
   GiveNameAndAmount(itemName, amount);
   return S_OK;
@@ -239,7 +235,7 @@ HRESULT CEstimateItemBuilder::BuildEstimateLineItem() {
 
   AddClassName(builder, kLinePrefix);
   AddOthers(builder, kLinePrefix);
-  if (const HRESULT hr = AddFlags(builder, kLinePrefix); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(AddFlags(builder, kLinePrefix));
   AddOpenBalance(builder, kLinePrefix);
   if (showCost_) AddMarkup(builder);
   AddNominalTotal(builder);

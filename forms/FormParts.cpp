@@ -271,8 +271,7 @@ HRESULT AddSalesTaxLine(XMLBuilder& builder, XmlName lineElement, ISalesTransact
   RETURN_IF_FAILED_LOG(Required(salesTaxItem)->GetRecNum(&itemRecNum), prefix, wording.itemRecNum);
   if (itemRecNum == 0) return S_FALSE;
   bool printsField = false;
-  if (const HRESULT hr = PrintsSalesTaxField(Required(transaction), wording, prefix, printsField); FAILED(hr))
-    return hr;
+  RETURN_IF_FAILED(PrintsSalesTaxField(Required(transaction), wording, prefix, printsField));
   if (printsField) return S_FALSE;
 
   Bstr name;

@@ -409,18 +409,18 @@ HRESULT CFormRequest::AddAttachmentsInfo(XMLBuilder& builder) {
 
 HRESULT CFormRequest::ExtractCompanyAuthID() {
   INAAuthToolPtr tool;
-  if (const HRESULT hr = CreateAuthTool(tool, kAuthIDPrefix); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(CreateAuthTool(tool, kAuthIDPrefix));
   Bstr authID;
-  if (const HRESULT hr = parcelon::forms::Required(tool)->GetCompanyAuthID(authID.Out()); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(parcelon::forms::Required(tool)->GetCompanyAuthID(authID.Out()));
   companyAuthID_.SetFromBSTR(authID.Get());
   return S_OK;
 }
 
 HRESULT CFormRequest::RetreiveCompanyUID(OLAString* companyUID) {
   INAAuthToolPtr tool;
-  if (const HRESULT hr = CreateAuthTool(tool, kCompanyUIDPrefix); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(CreateAuthTool(tool, kCompanyUIDPrefix));
   Bstr uid;
-  if (const HRESULT hr = parcelon::forms::Required(tool)->GetCompanyUID(uid.Out()); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(parcelon::forms::Required(tool)->GetCompanyUID(uid.Out()));
   companyUID->SetFromBSTR(uid.Get());
   return S_OK;
 }

@@ -121,9 +121,8 @@ HRESULT CInvoiceFormBuilder::BuildXML(XMLBuilder& builder) {
                        "Failed to build invoice detail aggregate XML.");
 
   IInvoicePtr invoice;
-  if (const HRESULT hr = parcelon::forms::LookUpInvoice(companyFile_.Get(), recNum_, kFormPrefix, invoice);
-      FAILED(hr))
-    return hr;
+  RETURN_IF_FAILED(parcelon::forms::LookUpInvoice(
+      companyFile_.Get(), recNum_, kFormPrefix, invoice));
   // The customer's and the lines' taxable states are only checked for being readable: the form
   // carries no lines.
   VARIANT_BOOL customerIsTaxable = VARIANT_TRUE;
@@ -158,10 +157,8 @@ HRESULT CInvoiceDetailBuilder::BuildXML(XMLBuilder& builder) {
   IInvoice* const invoice = invoice_.Get();
 
   builder.OpenAggregate("InvoiceDetail");
-  if (const HRESULT hr = parcelon::forms::AddTransactionHead(builder, invoice, recNum_, kHeaderWording,
-                                                             kDetailPrefix, totalAmount_);
-      FAILED(hr))
-    return hr;
+  RETURN_IF_FAILED(parcelon::forms::AddTransactionHead(
+      builder, invoice, recNum_, kHeaderWording, kDetailPrefix, totalAmount_));
 
   DATE dueDate = 0;
   if (SUCCEEDED(LOG_IF_FAILED(invoice->GetDueDate(&dueDate), kDetailPrefix,
@@ -178,9 +175,8 @@ HRESULT CInvoiceDetailBuilder::BuildXML(XMLBuilder& builder) {
       parcelon::forms::AddTextIfNotEmpty(builder, "Terms", termsName.Get());
   }
 
-  if (const HRESULT hr = parcelon::forms::AddCustomerJob(builder, invoice, kHeaderWording, kDetailPrefix);
-      FAILED(hr))
-    return hr;
+  RETURN_IF_FAILED(parcelon::forms::AddCustomerJob(
+      builder, invoice, kHeaderWording, kDetailPrefix));
 
   Bstr number;
   if (SUCCEEDED(LOG_IF_FAILED(invoice->GetInvoiceNumber(number.Out()), kDetailPrefix,
@@ -193,7 +189,7 @@ HRESULT CInvoiceDetailBuilder::BuildXML(XMLBuilder& builder) {
     LOG_IF_FAILED(AddAmount(builder, "BalRemaining", balance, true), kDetailPrefix,
                   "Failed converting amount to XML for balance remaining.  Skipping this optional element.");
 
-  if (const HRESULT hr = AddSuggestedDiscount(builder, terms); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(AddSuggestedDiscount(builder, terms));
   builder.CloseAggregate("InvoiceDetail");
   return S_OK;
 }
@@ -238,7 +234,7 @@ HRESULT CInvoiceDetailBuilder::AddSuggestedDiscount(XMLBuilder& builder, const I
 HRESULT CInvoiceDetailBuilder::MaybeAddSalesTaxLineItem(double total, IItemPtr salesTaxItem, IAmountPtr rate,
                                                         VARIANT_BOOL customerIsTaxable, XMLBuilder& builder) {
   if (!invoice_) {
-    if (const HRESULT hr = InitInvoicePtr(); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(InitInvoicePtr());
   }
   return parcelon::forms::AddSalesTaxLine(builder, "InvoiceItem", invoice_.Get(), total, salesTaxItem.Get(), rate,
                                           customerIsTaxable, kSalesTaxWording, kSalesTaxPrefix);
@@ -254,10 +250,10 @@ HRESULT CInvoiceItemBuilder::BuildXML(XMLBuilder& builder, VARIANT_BOOL customer
   builder_ = &builder;
   customerIsTaxable_ = customerIsTaxable;
   ReadItem(kItemPrefix);
-  if (const HRESULT hr = ReadSecondVersion(line2_, kItemPrefix); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(ReadSecondVersion(line2_, kItemPrefix));
 
   builder.OpenAggregate("InvoiceItem");
-  if (const HRESULT hr = BuildInvoiceLineItem(); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(BuildInvoiceLineItem());
   builder.CloseAggregate("InvoiceItem");
   GiveNameAndAmount(itemName, amount);
   return S_OK;
@@ -272,7 +268,7 @@ HRESULT CInvoiceItemBuilder::BuildInvoiceLineItem() {
   AddLineAmount(builder, kLinePrefix);
   AddClassName(builder, kLinePrefix);
   AddOthers(builder, kLinePrefix);
-  if (const HRESULT hr = AddFlags(builder, kLinePrefix); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(AddFlags(builder, kLinePrefix));
   AddOpenBalance(builder, kLinePrefix);
   AddCustomFields(builder, kLinePrefix);
   AddServiceDate(builder);

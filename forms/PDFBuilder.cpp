@@ -167,8 +167,7 @@ HRESULT CAttachmentData::BuildData(INA_Form7* form, BYTE** data) {
   std::string path;
   if (!ToAnsi(fileName.Get(), path)) return E_OUTOFMEMORY;
   ToNativeSeparators(path);
-  if (const HRESULT hr = parcelon::ReadWholeFile(path, kBuildDataPrefix, data_, size_); FAILED(hr))
-    return hr;
+  RETURN_IF_FAILED(parcelon::ReadWholeFile(path, kBuildDataPrefix, data_, size_));
   *data = data_.get();
 
   // The dump is named by form type and document type; what cannot be read gives the general
@@ -194,8 +193,7 @@ HRESULT CPDFBuilder::BuildXML(XMLBuilder& builder) {
   {
     std::unique_ptr<BYTE[]> bytes;
     LONG size = 0;
-    if (const HRESULT hr = parcelon::ReadWholeFile(path, kPDFBuilderPrefix, bytes, size); FAILED(hr))
-      return hr;
+    RETURN_IF_FAILED(parcelon::ReadWholeFile(path, kPDFBuilderPrefix, bytes, size));
     RETURN_IF_FAILED_LOG(CoCreateInstance(parcelon::host::CLSID_Base64Coder, nullptr, CLSCTX_INPROC_SERVER,
                                           IidOf<IBase64Coder>(), coder.ReleaseAndGetVoidAddress()),
                          kPDFBuilderPrefix, "Failed to create the base64 coder.");

@@ -62,7 +62,7 @@ HRESULT CStatementDetailBuilder::BuildXML(XMLBuilder& builder, const StatementVa
   builder.AddDateTimeElement("StatementDate", values.statementDate);
   builder.AddDateTimeElement("DueDate", values.dueDate);
   builder.AddElement("AmountDue", values.amountDue.Get());
-  if (const HRESULT hr = BuildCustomerXML(builder); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(BuildCustomerXML(builder));
   builder.AddDateTimeElement("StatementFromDate", values.fromDate);
   builder.AddDateTimeElement("StatementToDate", values.toDate);
   builder.CloseAggregate("StatementDetail");
@@ -85,7 +85,7 @@ HRESULT CStatementDetailBuilder::LookUpCustomer(const char* prefix) {
 }
 
 HRESULT CStatementDetailBuilder::BuildCustomerXML(XMLBuilder& builder) {
-  if (const HRESULT hr = LookUpCustomer(kCustomerPrefix); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(LookUpCustomer(kCustomerPrefix));
   Bstr fullName;
   RETURN_IF_FAILED_LOG(customer_->GetFullName(fullName.Out()), kCustomerPrefix, "Failed to get Job Name.");
   builder.AddElement("CustomerJobName", fullName.Get());
@@ -113,7 +113,7 @@ void CStatementDetailBuilder::BuildAgingXML(XMLBuilder& builder, std::span<const
 }
 
 HRESULT CStatementDetailBuilder::BuildCustomerAccnt(XMLBuilder& builder) {
-  if (const HRESULT hr = LookUpCustomer(kAccountPrefix); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(LookUpCustomer(kAccountPrefix));
   Bstr number;
   RETURN_IF_FAILED_LOG(customer_->GetAccountNumber(number.Out()), kAccountPrefix, "Failed to get account number.");
   builder.AddElement("AccountNumber", number.Get());
@@ -121,7 +121,7 @@ HRESULT CStatementDetailBuilder::BuildCustomerAccnt(XMLBuilder& builder) {
 }
 
 HRESULT CStatementDetailBuilder::BuildCustomerSalesRep(XMLBuilder& builder) {
-  if (const HRESULT hr = LookUpCustomer(kSalesRepPrefix); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(LookUpCustomer(kSalesRepPrefix));
   ISalesRepPtr salesRep;
   RETURN_IF_FAILED_LOG(customer_->GetSalesRep(salesRep.ReleaseAndGetAddressOf()), kSalesRepPrefix,
                        "Failed to get SalesRep from IName.");
@@ -132,7 +132,7 @@ HRESULT CStatementDetailBuilder::BuildCustomerSalesRep(XMLBuilder& builder) {
 }
 
 HRESULT CStatementDetailBuilder::BuildCustomerTerms(XMLBuilder& builder) {
-  if (const HRESULT hr = LookUpCustomer(kTermsPrefix); FAILED(hr)) return hr;
+  RETURN_IF_FAILED(LookUpCustomer(kTermsPrefix));
   ITermPtr terms;
   RETURN_IF_FAILED_LOG(customer_->GetTerms(terms.ReleaseAndGetAddressOf()), kTermsPrefix,
                        "Failed to get Term from IName.");

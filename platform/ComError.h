@@ -25,3 +25,11 @@ class ComError : public std::exception {
 inline void ThrowIfFailed(HRESULT hr, const IID* source = nullptr) {
   if (FAILED(hr)) throw ComError(hr, source);
 }
+
+// Evaluates `expr` once and returns its HRESULT from the enclosing function when it is a failure
+// (one that the callee has already logged, or that needs no log).
+#define RETURN_IF_FAILED(expr)                      \
+  do {                                              \
+    const HRESULT parcelon_hr_ = (expr);            \
+    if (FAILED(parcelon_hr_)) return parcelon_hr_;  \
+  } while (0)

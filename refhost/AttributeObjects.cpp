@@ -34,14 +34,14 @@ class LongAttributeObject final : public ComObject<ILongAttribute, IAttribute> {
     return Give("IAttribute::GetOwner", out, owner_);
   }
   HRESULT STDMETHODCALLTYPE GetValue(LONG* out) override {
-    if (const HRESULT hr = Ready("ILongAttribute::GetValue", out); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Ready("ILongAttribute::GetValue", out));
     const auto found = FindIn(record_, name_, owner_);
     if (found == record_.attributes.end()) return LX_E_NOTFOUND;
     return Put(out, found->value);
   }
   // E_ACCESSDENIED unless the record holds its edit lock.
   HRESULT STDMETHODCALLTYPE SetValue(LONG value) override {
-    if (const HRESULT hr = Check("ILongAttribute::SetValue"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("ILongAttribute::SetValue"));
     const auto found = FindIn(record_, name_, owner_);
     if (found == record_.attributes.end()) return LX_E_NOTFOUND;
     if (!record_.lockedForEdit) return E_ACCESSDENIED;
@@ -68,7 +68,7 @@ class AttributeContainerObject final : public ComObject<IAttributeContainer> {
       : ComObject(std::move(company), record.recNum), list_(list), record_(record) {}
 
   HRESULT STDMETHODCALLTYPE FindAttribute(BSTR name, BSTR owner, IAttribute** out) override {
-    if (const HRESULT hr = Ready("IAttributeContainer::FindAttribute", out); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Ready("IAttributeContainer::FindAttribute", out));
     *out = nullptr;
     Text nameText = FromBstr(name), ownerText = FromBstr(owner);
     if (FindIn(record_, nameText, ownerText) == record_.attributes.end()) return LX_E_NOTFOUND;
@@ -77,8 +77,7 @@ class AttributeContainerObject final : public ComObject<IAttributeContainer> {
   // E_ACCESSDENIED unless the record holds its edit lock; kAlreadyExists when the record has
   // an attribute of that name and owner.
   HRESULT STDMETHODCALLTYPE AddLongAttribute(BSTR name, BSTR owner, ILongAttribute** out) override {
-    if (const HRESULT hr = Ready("IAttributeContainer::AddLongAttribute", out); FAILED(hr))
-      return hr;
+    RETURN_IF_FAILED(Ready("IAttributeContainer::AddLongAttribute", out));
     *out = nullptr;
     if (!record_.lockedForEdit) return E_ACCESSDENIED;
     Text nameText = FromBstr(name), ownerText = FromBstr(owner);
@@ -90,8 +89,7 @@ class AttributeContainerObject final : public ComObject<IAttributeContainer> {
   // E_INVALIDARG for an attribute that this container did not give out; the removal reaches
   // the store at once.
   HRESULT STDMETHODCALLTYPE RemoveAttribute(IAttribute* attribute) override {
-    if (const HRESULT hr = Ready("IAttributeContainer::RemoveAttribute", attribute); FAILED(hr))
-      return hr;
+    RETURN_IF_FAILED(Ready("IAttributeContainer::RemoveAttribute", attribute));
     const auto* ours = dynamic_cast<const LongAttributeObject*>(attribute);
     if (!ours || !ours->BelongsTo(record_)) return E_INVALIDARG;
     const auto found = FindIn(record_, ours->Name(), ours->Owner());

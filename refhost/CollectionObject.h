@@ -31,16 +31,16 @@ class CollectionObject : public ComObject<Collection> {
   }
   // E_INVALIDARG for an index out of range.
   HRESULT STDMETHODCALLTYPE GetItem(LONG index, Element** out) override {
-    if (const HRESULT hr = this->Ready(Op("GetItem"), out); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(this->Ready(Op("GetItem"), out));
     *out = nullptr;
     if (index < 0 || size_t(index) >= View::Count(this->company())) return E_INVALIDARG;
     return NewElementObject(this->companyPtr(), View::At(this->company(), size_t(index)), out);
   }
   HRESULT STDMETHODCALLTYPE GetItemByRecNum(VARIANT recNum, Element** out) override {
-    if (const HRESULT hr = this->Ready(Op("GetItemByRecNum"), out); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(this->Ready(Op("GetItemByRecNum"), out));
     *out = nullptr;
     RecNum number = 0;
-    if (const HRESULT hr = RecNumFromVariant(recNum, number); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(RecNumFromVariant(recNum, number));
     Record* record = View::Find(this->company(), number);
     if (!record) return LX_E_NOTFOUND;
     return NewElementObject(this->companyPtr(), *record, out);

@@ -19,6 +19,7 @@
 
 #include "host/HostModel.h"
 #include "platform/ComBase.h"
+#include "platform/ComError.h"
 #include "platform/ComPtr.h"
 #include "platform/RefCounted.h"
 #include "refhost/CompanyData.h"
@@ -146,7 +147,7 @@ class ComObject : public Most, private CRefCounted<ComObject<Most, Also...>> {
 
   // The failure a fault sets for `operation`, else E_POINTER for a null `out`, else S_OK.
   HRESULT Ready(const OperationName& operation, const void* out) const {
-    if (const HRESULT hr = Check(operation); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check(operation));
     return out ? S_OK : E_POINTER;
   }
 
@@ -154,7 +155,7 @@ class ComObject : public Most, private CRefCounted<ComObject<Most, Also...>> {
   // value object for an Amount, Percent, Quantity or Address.
   template <class Out, class Value>
   HRESULT Give(const OperationName& operation, Out* out, const Value& value) {
-    if (const HRESULT hr = Ready(operation, out); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Ready(operation, out));
     if constexpr (std::is_base_of_v<IUnknown, std::remove_pointer_t<Out>>)
       return NewObject(company_, record_, value, out);
     else
@@ -165,14 +166,14 @@ class ComObject : public Most, private CRefCounted<ComObject<Most, Also...>> {
   // for 0).
   template <class I>
   HRESULT GiveRecord(const OperationName& operation, I** out, RecNum recNum) {
-    if (const HRESULT hr = Ready(operation, out); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Ready(operation, out));
     return NewRecordObject(company_, recNum, out);
   }
 
   // As GiveRecord, but null for 0: the parent getters at the top of a tree.
   template <class I>
   HRESULT GiveParent(const OperationName& operation, I** out, RecNum recNum) {
-    if (const HRESULT hr = Ready(operation, out); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Ready(operation, out));
     *out = nullptr;
     return recNum == 0 ? S_OK : NewRecordObject(company_, recNum, out);
   }
@@ -181,14 +182,14 @@ class ComObject : public Most, private CRefCounted<ComObject<Most, Also...>> {
   template <class I>
   HRESULT GiveFrom(const OperationName& operation, I** out,
                    HRESULT (*factory)(const CompanyPtr&, I**)) {
-    if (const HRESULT hr = Ready(operation, out); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Ready(operation, out));
     return factory(company_, out);
   }
 
   // Checks `operation` and `out`, then gives a new Object made of `args`.
   template <class Object, class I, class... Args>
   HRESULT GiveNew(const OperationName& operation, I** out, Args&&... args) {
-    if (const HRESULT hr = Ready(operation, out); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Ready(operation, out));
     return CreateObject<Object>(out, std::forward<Args>(args)...);
   }
 

@@ -50,7 +50,7 @@ class DataFileRecordObject final : public ComObject<IDataFileRecord> {
   }
 
   HRESULT STDMETHODCALLTYPE TryLock(VARIANT_BOOL* locked) override {
-    if (const HRESULT hr = Check("IDataFileRecord::TryLock"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IDataFileRecord::TryLock"));
     if (!locked) return E_POINTER;
     return Guarded([&] {
       if (!locked_ && !company().faults.IsLockHeld(name_)) locked_ = store_->TryLock(name_, this);
@@ -60,7 +60,7 @@ class DataFileRecordObject final : public ComObject<IDataFileRecord> {
   }
 
   HRESULT STDMETHODCALLTYPE Unlock() override {
-    if (const HRESULT hr = Check("IDataFileRecord::Unlock"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IDataFileRecord::Unlock"));
     if (!locked_) return S_FALSE;
     return Guarded([&] {
       store_->Unlock(name_, this);
@@ -72,7 +72,7 @@ class DataFileRecordObject final : public ComObject<IDataFileRecord> {
   HRESULT STDMETHODCALLTYPE GetPropertyBag(IDataFilePropertyBag** bag) override;
 
   HRESULT STDMETHODCALLTYPE GetDataVersion(LONG* version) override {
-    if (const HRESULT hr = Check("IDataFileRecord::GetDataVersion"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IDataFileRecord::GetDataVersion"));
     if (!version) return E_POINTER;
     return Guarded([&] {
       *version = unsaved_.version ? *unsaved_.version : store_->DataVersion(name_);
@@ -81,13 +81,13 @@ class DataFileRecordObject final : public ComObject<IDataFileRecord> {
   }
 
   HRESULT STDMETHODCALLTYPE SetDataVersion(LONG version) override {
-    if (const HRESULT hr = Check("IDataFileRecord::SetDataVersion"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IDataFileRecord::SetDataVersion"));
     unsaved_.version = version;
     return S_OK;
   }
 
   HRESULT STDMETHODCALLTYPE Save() override {
-    if (const HRESULT hr = Check("IDataFileRecord::Save"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IDataFileRecord::Save"));
     if (!locked_) return E_ACCESSDENIED;
     return Guarded([&] {
       store_->Save(name_, unsaved_);
@@ -97,7 +97,7 @@ class DataFileRecordObject final : public ComObject<IDataFileRecord> {
   }
 
   HRESULT STDMETHODCALLTYPE Delete() override {
-    if (const HRESULT hr = Check("IDataFileRecord::Delete"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IDataFileRecord::Delete"));
     if (!locked_) return E_ACCESSDENIED;
     return Guarded([&] {
       store_->Delete(name_);
@@ -122,7 +122,7 @@ class DataFileRecordObject final : public ComObject<IDataFileRecord> {
     if (!NameFits(name)) return E_INVALIDARG;
     return Guarded([&] {
       PropertyValue copy;
-      if (const HRESULT hr = PropertyValueFromVariant(value, copy); FAILED(hr)) return hr;
+      RETURN_IF_FAILED(PropertyValueFromVariant(value, copy));
       unsaved_.properties.insert_or_assign(FromBstr(name), std::move(copy));
       return S_OK;
     });
@@ -144,12 +144,12 @@ class PropertyBagObject final : public ComObject<IDataFilePropertyBag> {
       : ComObject(std::move(company), 0), record_(record) {}
 
   HRESULT STDMETHODCALLTYPE Read(BSTR name, VARIANT* value) override {
-    if (const HRESULT hr = Check("IDataFilePropertyBag::Read"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IDataFilePropertyBag::Read"));
     return record_->ReadProperty(name, value);
   }
 
   HRESULT STDMETHODCALLTYPE Write(BSTR name, VARIANT value) override {
-    if (const HRESULT hr = Check("IDataFilePropertyBag::Write"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IDataFilePropertyBag::Write"));
     return record_->WriteProperty(name, value);
   }
 
@@ -167,7 +167,7 @@ class DataFileRecordsObject final : public ComObject<IDataFileRecords> {
       : ComObject(std::move(company), 0), store_(std::move(store)) {}
 
   HRESULT STDMETHODCALLTYPE Exists(BSTR name, VARIANT_BOOL* exists) override {
-    if (const HRESULT hr = Check("IDataFileRecords::Exists"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IDataFileRecords::Exists"));
     if (!exists) return E_POINTER;
     return Guarded([&] {
       *exists = store_->Exists(FromBstr(name)) ? VARIANT_TRUE : VARIANT_FALSE;
@@ -176,7 +176,7 @@ class DataFileRecordsObject final : public ComObject<IDataFileRecords> {
   }
 
   HRESULT STDMETHODCALLTYPE GetItem(BSTR name, IDataFileRecord** record) override {
-    if (const HRESULT hr = Check("IDataFileRecords::GetItem"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IDataFileRecords::GetItem"));
     if (!record) return E_POINTER;
     *record = nullptr;
     return Guarded([&] {
@@ -187,7 +187,7 @@ class DataFileRecordsObject final : public ComObject<IDataFileRecords> {
   }
 
   HRESULT STDMETHODCALLTYPE Add(BSTR name, IDataFileRecord** record) override {
-    if (const HRESULT hr = Check("IDataFileRecords::Add"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IDataFileRecords::Add"));
     if (!record) return E_POINTER;
     *record = nullptr;
     if (!NameFits(name)) return E_INVALIDARG;
@@ -195,10 +195,8 @@ class DataFileRecordsObject final : public ComObject<IDataFileRecords> {
       Text text = FromBstr(name);
       // The object first, so that running out of memory adds nothing.
       ComPtr<IDataFileRecord> added;
-      if (const HRESULT hr = CreateObject<DataFileRecordObject>(
-              added.ReleaseAndGetAddressOf(), companyPtr(), store_, text);
-          FAILED(hr))
-        return hr;
+      RETURN_IF_FAILED(CreateObject<DataFileRecordObject>(
+           added.ReleaseAndGetAddressOf(), companyPtr(), store_, text));
       store_->Add(text);
       *record = added.Detach();
       return S_OK;

@@ -64,7 +64,7 @@ class LineObject : public ComObject<Most, Also..., ILineItem> {
   }
   // E_INVALIDARG for an index out of range.
   HRESULT STDMETHODCALLTYPE GetCustomField(LONG index, BSTR* out) override {
-    if (const HRESULT hr = this->Check(Op("GetCustomField")); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(this->Check(Op("GetCustomField")));
     if (index < 0 || size_t(index) >= line_.customFields.size()) return E_INVALIDARG;
     return this->Give(Op("GetCustomField"), out, line_.customFields[size_t(index)]);
   }

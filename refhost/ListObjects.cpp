@@ -63,12 +63,12 @@ class ListElementObject : public ComObject<Most, Also..., IListElement> {
     return this->Give(Op("GetModTime"), out, record_.modTime);
   }
   HRESULT STDMETHODCALLTYPE GetAttributes(IAttributeContainer** out) override {
-    if (const HRESULT hr = this->Ready(Op("GetAttributes"), out); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(this->Ready(Op("GetAttributes"), out));
     return NewAttributeContainer(this->companyPtr(), Record::kList, record_, out);
   }
   // E_ACCESSDENIED when the record is locked for edit already.
   HRESULT STDMETHODCALLTYPE LockForEdit() override {
-    if (const HRESULT hr = this->Check(Op("LockForEdit")); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(this->Check(Op("LockForEdit")));
     if (record_.lockedForEdit) return E_ACCESSDENIED;
     record_.lockedForEdit = true;
     return S_OK;
@@ -76,11 +76,10 @@ class ListElementObject : public ComObject<Most, Also..., IListElement> {
   // Writes the attributes changed since LockForEdit, and nothing else: the modification time
   // stays. E_UNEXPECTED without LockForEdit.
   HRESULT STDMETHODCALLTYPE Save() override {
-    if (const HRESULT hr = this->Check(Op("Save")); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(this->Check(Op("Save")));
     if (!record_.lockedForEdit) return E_UNEXPECTED;
     if (record_.attributesChanged) {
-      if (const HRESULT hr = StoreAttributes(this->company(), Record::kList, record_); FAILED(hr))
-        return hr;
+      RETURN_IF_FAILED(StoreAttributes(this->company(), Record::kList, record_));
       record_.attributesChanged = false;
     }
     record_.lockedForEdit = false;
@@ -238,7 +237,7 @@ class ItemObject final : public ListElementObject<Item, IItem> {
   HRESULT STDMETHODCALLTYPE GetGroupItem(LONG index, IItem** out) override {
     const std::vector<RecNum>& members = data().groupMembers;
     if (index < 1 || size_t(index) > members.size()) {
-      if (const HRESULT hr = Check("IItem::GetGroupItem"); FAILED(hr)) return hr;
+      RETURN_IF_FAILED(Check("IItem::GetGroupItem"));
       return E_INVALIDARG;
     }
     return GiveRecord("IItem::GetGroupItem", out, members[size_t(index) - 1]);
@@ -308,7 +307,7 @@ class CustomerFilterObject final : public ComObject<ICustomerFilter> {
 
   // E_INVALIDARG for a comparison that is not an LXDateComparison.
   HRESULT STDMETHODCALLTYPE SetModDateCriterion(LONG modTime, LONG comparison) override {
-    if (const HRESULT hr = Check("ICustomerFilter::SetModDateCriterion"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("ICustomerFilter::SetModDateCriterion"));
     if (comparison != dcEqual && comparison != dcBefore && comparison != dcAfter)
       return E_INVALIDARG;
     Company& data = company();
@@ -328,7 +327,7 @@ class CustomerFilterObject final : public ComObject<ICustomerFilter> {
   }
   // E_INVALIDARG for an index out of range.
   HRESULT STDMETHODCALLTYPE GetItem(LONG index, IName** out) override {
-    if (const HRESULT hr = Ready("ICustomerFilter::GetItem", out); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Ready("ICustomerFilter::GetItem", out));
     *out = nullptr;
     if (index < 0 || size_t(index) >= Selected().size()) return E_INVALIDARG;
     return CreateObject<NameObject>(out, companyPtr(),

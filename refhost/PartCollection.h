@@ -23,7 +23,7 @@ class PartCollectionObject : public ComObject<Collection> {
   }
   // E_INVALIDARG for an index out of range.
   HRESULT STDMETHODCALLTYPE GetItem(LONG index, Element** out) override {
-    if (const HRESULT hr = this->Check(Op("GetItem")); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(this->Check(Op("GetItem")));
     if (!out) return E_POINTER;
     *out = nullptr;
     if (index < 0 || size_t(index) >= parts_.size()) return E_INVALIDARG;

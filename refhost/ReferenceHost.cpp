@@ -28,7 +28,7 @@ class ClassFactoryObject final : public ComObject<IClassFactory> {
     *ppv = nullptr;
     if (outer) return CLASS_E_NOAGGREGATION;
     IUnknown* object = nullptr;
-    if (const HRESULT hr = make_(&object); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(make_(&object));
     const HRESULT hr = object->QueryInterface(riid, ppv);
     object->Release();
     return hr;

@@ -50,8 +50,7 @@ class AddInGoodiesObject final : public StatefulServiceObject<IAddInGoodies> {
 
   // E_FAIL when the host has no company open.
   HRESULT STDMETHODCALLTYPE GetCurrentCompanyFile(ICompanyFile** out) override {
-    if (const HRESULT hr = Ready("IAddInGoodies::GetCurrentCompanyFile", out); FAILED(hr))
-      return hr;
+    RETURN_IF_FAILED(Ready("IAddInGoodies::GetCurrentCompanyFile", out));
     *out = nullptr;
     if (!state().companyOpen) return E_FAIL;
     return NewCompanyFile(companyPtr(), out);
@@ -85,20 +84,20 @@ class InboxObject final : public StatefulServiceObject<ILXInbox> {
   using StatefulServiceObject::StatefulServiceObject;
 
   HRESULT STDMETHODCALLTYPE StoreRequest(BSTR xml, BSTR name) override {
-    if (const HRESULT hr = Check("ILXInbox::StoreRequest"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("ILXInbox::StoreRequest"));
     const LONG id = state().nextRequestId++;
     state().inbox.push_back({AsciiText(std::to_string(id)), FromBstr(name), FromBstr(xml)});
     return S_OK;
   }
   // LX_E_NOTFOUND for an identifier the inbox does not hold.
   HRESULT STDMETHODCALLTYPE GetRequest(BSTR requestID, BSTR* xml) override {
-    if (const HRESULT hr = Ready("ILXInbox::GetRequest", xml); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Ready("ILXInbox::GetRequest", xml));
     const auto found = Find(requestID);
     if (found == state().inbox.end()) return LX_E_NOTFOUND;
     return Put(xml, found->xml);
   }
   HRESULT STDMETHODCALLTYPE DeleteRequest(BSTR requestID) override {
-    if (const HRESULT hr = Check("ILXInbox::DeleteRequest"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("ILXInbox::DeleteRequest"));
     const auto found = Find(requestID);
     if (found == state().inbox.end()) return LX_E_NOTFOUND;
     state().inbox.erase(found);
@@ -118,7 +117,7 @@ class Base64CoderObject final : public ServiceObject<IBase64Coder> {
   using ServiceObject::ServiceObject;
 
   HRESULT STDMETHODCALLTYPE Encode(const BYTE* data, LONG length) override {
-    if (const HRESULT hr = Check("IBase64Coder::Encode"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IBase64Coder::Encode"));
     if (length < 0) return E_INVALIDARG;
     if (!data && length > 0) return E_POINTER;
     static constexpr char kAlphabet[] =
@@ -138,7 +137,7 @@ class Base64CoderObject final : public ServiceObject<IBase64Coder> {
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE EncodedMessage(const char** text) override {
-    if (const HRESULT hr = Ready("IBase64Coder::EncodedMessage", text); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Ready("IBase64Coder::EncodedMessage", text));
     *text = encoded_.c_str();
     return S_OK;
   }
@@ -165,7 +164,7 @@ class AmbitAccessObject final : public ServiceObject<IAmbitAccess> {
   }
   // An empty address for a key the settings do not have.
   HRESULT STDMETHODCALLTYPE GetURLAddress(BSTR key, BSTR* url) override {
-    if (const HRESULT hr = Ready("IAmbitAccess::GetURLAddress", url); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Ready("IAmbitAccess::GetURLAddress", url));
     const std::string address = AmbitAccess::GetURLAddress(Ansi(key).c_str());
     if (address.empty()) return Put(url, Text());
     return AnsiToBstr(address.data(), address.size(), url);
@@ -197,7 +196,7 @@ class MessageBoxServiceObject final : public StatefulServiceObject<IMessageBoxSe
 
   HRESULT STDMETHODCALLTYPE ShowMessage(BSTR text, BSTR caption, LONG style,
                                         VARIANT_BOOL ownedByMainWindow) override {
-    if (const HRESULT hr = Check("IMessageBoxService::ShowMessage"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IMessageBoxService::ShowMessage"));
     state().messages.push_back(
         {FromBstr(text), FromBstr(caption), style, ownedByMainWindow != VARIANT_FALSE});
     return S_OK;
@@ -225,7 +224,7 @@ class FileRedirectionObject final : public ServiceObject<IFileRedirectionService
     return Give("IFileRedirectionService::MapPath", mapped, FromBstr(path));
   }
   HRESULT STDMETHODCALLTYPE Rename(BSTR from, BSTR to) override {
-    if (const HRESULT hr = Check("IFileRedirectionService::Rename"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IFileRedirectionService::Rename"));
 #ifdef _WIN32
     const int result = _wrename(Wide(from), Wide(to));
 #else
@@ -235,7 +234,7 @@ class FileRedirectionObject final : public ServiceObject<IFileRedirectionService
     return result == 0 ? S_OK : FileResult(errno);
   }
   HRESULT STDMETHODCALLTYPE Remove(BSTR path) override {
-    if (const HRESULT hr = Check("IFileRedirectionService::Remove"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IFileRedirectionService::Remove"));
 #ifdef _WIN32
     const int result = _wremove(Wide(path));
 #else

@@ -93,7 +93,7 @@ class SalesTransactionObject : public ComObject<Most, Also..., ISalesTransaction
   // Checks `operation` and `out`, then gives the transaction's lines.
   template <class Lines>
   HRESULT GiveLines(const OperationName& operation, Lines** out) {
-    if (const HRESULT hr = this->Check(operation); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(this->Check(operation));
     if (!out) return E_POINTER;
     return NewLineItems(this->companyPtr(), record_, out);
   }

@@ -87,7 +87,7 @@ class AddressObject final : public ValueObject<Address, IAddress> {
 
   // Lines 0 to 3; E_INVALIDARG for any other index.
   HRESULT STDMETHODCALLTYPE GetLine(LONG index, BSTR* out) override {
-    if (const HRESULT hr = Check("IAddress::GetLine"); FAILED(hr)) return hr;
+    RETURN_IF_FAILED(Check("IAddress::GetLine"));
     if (index < 0 || index >= LONG(value_.lines.size())) return E_INVALIDARG;
     return Give("IAddress::GetLine", out, value_.lines[size_t(index)]);
   }
