@@ -28,13 +28,19 @@ constexpr size_t kMaxRecordBytes = size_t(256) << 20;
 
 // Counts `count` records of `size` bytes for the array `field` of the object at `pointer` (the
 // whole document for ""); fails when they would take the records beyond kMaxRecordBytes.
-void Spend(FixtureContext& context, const std::string& pointer, const char* field, size_t count,
+void Spend(FixtureContext& context, const std::string& pointer, std::string_view field, size_t count,
            size_t size) {
   if (count > (kMaxRecordBytes - context.recordBytes) / size)
     FixtureReader::FailAt(context, pointer,
                           std::string(field) + ": the transactions and templates would take more than " +
                               std::to_string(kMaxRecordBytes >> 20) + " MiB");
   context.recordBytes += count * size;
+}
+
+// Counts one record of Record's section, read with `r`.
+template <class Record>
+void SpendRecord(FixtureReader& r) {
+  Spend(r.Context(), "", ListName(Record::kList), 1, sizeof(Record));
 }
 
 // A host code and the name a fixture gives it.
@@ -295,7 +301,7 @@ void ReadColumn(FixtureReader& r, StyleColumn& column, size_t index) {
 }  // namespace
 
 void ReadStyle(FixtureReader& r, Style& style, Company&) {
-  Spend(r.Context(), "", "styles", 1, sizeof(Style));
+  SpendRecord<Style>(r);
   r.Require("recNum", style.recNum, 1);
   r.Require("fullName", style.fullName);
   ReadCode(r, "type", style.type, kTemplateTypes);
@@ -389,7 +395,7 @@ void ReadSalesTransaction(FixtureReader& r, SalesTransaction& record, Company& c
 }  // namespace
 
 void ReadInvoice(FixtureReader& r, Invoice& invoice, Company& company) {
-  Spend(r.Context(), "", "invoices", 1, sizeof(Invoice));
+  SpendRecord<Invoice>(r);
   ReadSalesTransaction(r, invoice, company, "Invoice");
   r.Read("invoiceNumber", invoice.invoiceNumber);
   r.Read("remainingBalance", invoice.remainingBalance);
@@ -405,7 +411,7 @@ void ReadInvoice(FixtureReader& r, Invoice& invoice, Company& company) {
 }
 
 void ReadEstimate(FixtureReader& r, Estimate& estimate, Company& company) {
-  Spend(r.Context(), "", "estimates", 1, sizeof(Estimate));
+  SpendRecord<Estimate>(r);
   ReadSalesTransaction(r, estimate, company, "Estimate");
   r.Read("estimateNumber", estimate.estimateNumber);
   ReadParts(r, "lines", kMaxLines, estimate.lines,
