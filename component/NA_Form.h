@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "component/ComObject.h"
-#include "component/ParcelonInterfaces.h"
+#include "interfaces/ParcelonInterfaces.h"
 #include "forms/StatementForm.h"
 #include "platform/Bstr.h"
 

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "component/ComObject.h"
-#include "component/ParcelonInterfaces.h"
+#include "interfaces/ParcelonInterfaces.h"
 #include "forms/PDFBuilder.h"
 #include "platform/Bstr.h"
 

@@ -18,7 +18,7 @@
 
 #include "clienttools/OLAString.h"
 #include "clienttools/XMLBuilder.h"
-#include "component/ParcelonInterfaces.h"
+#include "interfaces/ParcelonInterfaces.h"
 #include "host/CompanyFile.h"
 #include "platform/ComBase.h"
 

@@ -19,7 +19,7 @@
 #include <string>
 
 #include "clienttools/XMLBuilder.h"
-#include "component/ParcelonInterfaces.h"
+#include "interfaces/ParcelonInterfaces.h"
 #include "forms/CompanyBuilder.h"
 #include "forms/EnumToString.h"
 #include "forms/EstimateForm.h"

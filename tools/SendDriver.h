@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "component/ParcelonInterfaces.h"
+#include "interfaces/ParcelonInterfaces.h"
 #include "platform/Bstr.h"
 
 namespace parcelon::tools {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "component/ClassObjects.h"
-#include "component/ParcelonInterfaces.h"
+#include "interfaces/ParcelonInterfaces.h"
 #include "diagnostics/FakeHost.h"
 #include "platform/Bstr.h"
 #include "platform/ComPtr.h"

@@ -21,7 +21,7 @@
 
 #include "clienttools/XMLBuilder.h"
 #include "component/NA_Form.h"
-#include "component/ParcelonInterfaces.h"
+#include "interfaces/ParcelonInterfaces.h"
 #include "diagnostics/FeatureSettings.h"
 #include "diagnostics/Logger.h"
 #include "platform/Bstr.h"
