@@ -10,8 +10,6 @@
 // says the object is empty or not valid, and true otherwise.
 class COLAConvert {
  public:
-  virtual ~COLAConvert() = default;
-
   // whole * 100 + hundredths with scale 2, negated when the host says the amount is negative.
   bool AmountFromHost(IAmount* amount, OLAAmount& value);
   // floor(percent * 100000.0) with scale 5: 8.25 gives 825000, 0.000009 gives 0. A value whose

@@ -106,7 +106,7 @@ bool OLADateTimeBase::IsDateValid() const {
 
 bool OLADateTimeBase::IsTimeValid() const {
   return hour_ <= 23 && minute_ <= 59 && second_ <= 59 && millisecond_ <= 999 &&
-         zoneOffset_ >= -12 && zoneOffset_ <= 12;
+         zoneOffset_ >= kMinZoneOffset && zoneOffset_ <= kMaxZoneOffset;
 }
 
 void OLADateTimeBase::SetZone(const char* name, int16_t offset) {

@@ -17,11 +17,15 @@ class OLADateTimeBase {
                   uint16_t second, uint16_t millisecond);
   OLADateTimeBase(const OLADateTimeBase& other) = default;
   OLADateTimeBase& operator=(const OLADateTimeBase& other) = default;
-  virtual ~OLADateTimeBase() = default;
+
+  // The offsets that real zones use: from Baker Island's -12 to the Line Islands' +14.
+  static constexpr int16_t kMinZoneOffset = -12;
+  static constexpr int16_t kMaxZoneOffset = 14;
 
   // Month 1 to 12 and day 1 to the month's length (29 February only in leap years).
   bool IsDateValid() const;
-  // Hour 0-23, minute 0-59, second 0-59, millisecond 0-999, zone offset -12 to 12.
+  // Hour 0-23, minute 0-59, second 0-59, millisecond 0-999, zone offset kMinZoneOffset to
+  // kMaxZoneOffset.
   bool IsTimeValid() const;
   bool IsValid() const { return IsDateValid() && IsTimeValid(); }
 

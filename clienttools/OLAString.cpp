@@ -67,21 +67,19 @@ void OLAString::Free() {
   length_ = 0;
 }
 
-// Makes room for `capacity` bytes (terminator included). Exact growth for assignments; appends
-// grow geometrically so that a run of appends stays linear.
-bool OLAString::Reserve(int capacity, bool exact) {
+// Makes room for `capacity` bytes (terminator included): the block grows to exactly that size.
+// The strings are short (at most kMaxChars) and built from a few pieces.
+bool OLAString::Reserve(int capacity) {
   if (capacity <= capacity_) return true;
   if (capacity > kMaxChars + 1) return false;
-  int target = capacity;
-  if (!exact) target = std::min(kMaxChars + 1, std::max(capacity, 2 * int(capacity_)));
-  auto* grown = static_cast<char*>(std::realloc(text_, size_t(target)));
+  auto* grown = static_cast<char*>(std::realloc(text_, size_t(capacity)));
   if (!grown) {
     Free();
     return false;
   }
-  std::memset(grown + capacity_, 0, size_t(target - capacity_));
+  std::memset(grown + capacity_, 0, size_t(capacity - capacity_));
   text_ = grown;
-  capacity_ = int16_t(target);
+  capacity_ = int16_t(capacity);
   return true;
 }
 
@@ -121,7 +119,7 @@ bool OLAString::SetText(const char* text, size_t length) {
     // Assigning a part of ourselves: move within the block.
     std::memmove(text_, text, kept);
   } else {
-    if (!Reserve(int(kept) + 1, true)) return false;
+    if (!Reserve(int(kept) + 1)) return false;
     std::memcpy(text_, text, kept);
   }
   text_[kept] = '\0';
@@ -157,7 +155,7 @@ bool OLAString::Append(const char* text, size_t length) {
   // The source may lie inside our own block, which Reserve may move.
   const bool inside = text_ && text >= text_ && text < text_ + capacity_;
   const size_t offset = inside ? size_t(text - text_) : 0;
-  if (!Reserve(length_ + int(kept) + 1, false)) return false;
+  if (!Reserve(length_ + int(kept) + 1)) return false;
   std::memmove(text_ + length_, inside ? text_ + offset : text, kept);
   length_ = int16_t(length_ + int(kept));
   text_[length_] = '\0';
@@ -170,8 +168,8 @@ bool OLAString::AppendChar(char c) {
 }
 
 char* OLAString::GetBuffer(int size) {
-  if (size > capacity_ && !Reserve(size, true)) return nullptr;
-  if (!text_ && !Reserve(1, true)) return nullptr;
+  if (size > capacity_ && !Reserve(size)) return nullptr;
+  if (!text_ && !Reserve(1)) return nullptr;
   return text_;
 }
 

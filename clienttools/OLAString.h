@@ -86,7 +86,7 @@ class OLAString {
   friend OLAString operator+(const OLAString& a, const OLAString& b);
 
  private:
-  bool Reserve(int capacity, bool exact);
+  bool Reserve(int capacity);
   void Free();
 
   uint16_t maxLength_ = 65535;

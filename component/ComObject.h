@@ -36,15 +36,6 @@ class CDispatchStub : public Interface {
   }
 };
 
-// Runs `body`, which returns an HRESULT, and turns a ComError or an allocation failure raised
-// inside it into its HRESULT, so that no exception crosses an interface method.
-template <class Body>
-HRESULT Guarded(Body&& body) {
-  HRESULT hr = S_OK;
-  const HRESULT caught = CatchComError([&] { hr = body(); });
-  return FAILED(caught) ? caught : hr;
-}
-
 // A new BSTR of `text` in `*out`; E_OUTOFMEMORY when it cannot allocate.
 inline HRESULT ReturnText(const OLECHAR* text, BSTR* out) {
   if (!out) return E_POINTER;

@@ -43,9 +43,10 @@ HRESULT CNA_Form::BuildXML(short indentLevel, BSTR* pXML) {
 HRESULT CNA_Form::put_StatementTxnItemView(DATE date, BSTR txnDesc, BSTR amountStr,
                                            BSTR txnItemDesc, BSTR txnItemQty, BSTR txnRunningBal,
                                            BSTR txnItemRate) {
-  return parcelon::CatchComError([&] {
+  return parcelon::Guarded([&] {
     statementLines_.push_back(StatementTxnItemView::FromHost(
         date, txnDesc, amountStr, txnItemDesc, txnItemQty, txnRunningBal, txnItemRate));
+    return S_OK;
   });
 }
 
@@ -63,7 +64,7 @@ bool CNA_Form::OwnAttachmentPath(OleString& path) {
 HRESULT CNA_Form::get_AttachmentFileList(BSTR* pVal) {
   if (!pVal) return E_POINTER;
   *pVal = nullptr;
-  return parcelon::CatchComError([&] {
+  return parcelon::Guarded([&] {
     OleString list;
     if (!OwnAttachmentPath(list)) {
       for (size_t i = 0; i < attachmentFiles_.size(); ++i) {
@@ -72,11 +73,15 @@ HRESULT CNA_Form::get_AttachmentFileList(BSTR* pVal) {
       }
     }
     *pVal = ToBstr(list).Detach();
+    return S_OK;
   });
 }
 
 HRESULT CNA_Form::AddAttachmentFile(BSTR newValue) {
-  return parcelon::CatchComError([&] { attachmentFiles_.push_back(parcelon::CopyOf(newValue)); });
+  return parcelon::Guarded([&] {
+    attachmentFiles_.push_back(parcelon::CopyOf(newValue));
+    return S_OK;
+  });
 }
 
 HRESULT CNA_Form::ClearAttachmentFileList() {

@@ -50,10 +50,11 @@ constexpr const OLECHAR* kFormGateDocType = PARCELON_OLESTR(
 constexpr OleStringView kCookieHeader = PARCELON_OLESTR("Set-Cookie");
 constexpr OleStringView kMessageIdName = PARCELON_OLESTR("messageid");
 constexpr OLECHAR kCookieSeparator = PARCELON_OLESTR(';');
-// The identifier starts this many characters after "messageid" ...
-constexpr ptrdiff_t kMessageIdOffset = 10;
-// ... and is this much shorter than the text from "messageid" to the separator.
-constexpr ptrdiff_t kMessageIdOverhead = 11;
+// The identifier starts after "messageid=" ...
+constexpr ptrdiff_t kMessageIdOffset = ptrdiff_t(kMessageIdName.size()) + 1;
+// ... and is read as if one closing character followed it before the separator, so the last
+// character before the separator is not part of it.
+constexpr ptrdiff_t kMessageIdOverhead = kMessageIdOffset + 1;
 // The identifier must be shorter than this.
 constexpr ptrdiff_t kMessageIdLimit = 100;
 

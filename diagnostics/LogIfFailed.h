@@ -1,14 +1,21 @@
-// Log-and-return helpers for calls to the host: on failure the caller's fixed prefix, a fixed
-// message and the HRESULT go to the log, and the caller returns the failure (a required value)
-// or skips the element and goes on (an optional value).
+// Log-and-return helpers for calls to the host, and the exception guards of the interface
+// methods. Which of the return helpers logs:
 //
-//   RETURN_IF_FAILED_LOG(customer->GetName(name.Out()), kPrefix, "Failed to get customer name.");
-//   if (SUCCEEDED(LOG_IF_FAILED(customer->GetNote(note.Out()), kPrefix,
-//                               "Failed to get note.  Skipping this optional element.")))
-//     builder.AddTextElement("Note", note);
-//   RETURN_IF_FAILED_LOG(parcelon::CatchComError([&] { builder.AddAddressElement(...); }), ...);
+//   RETURN_IF_FAILED(expr)                       returns a failure, logs nothing (the callee has
+//                                                logged it, or it needs no log); platform/ComError.h
+//   RETURN_IF_FAILED_LOG(expr, prefix, message)  logs a failure, then returns it (a required value)
+//   LOG_IF_FAILED(expr, prefix, message)         logs a failure and yields it (an optional value)
+//   RETURN_HR_LOG(hr, prefix, message)           logs and returns `hr`, whatever it is
+//
+//   RETURN_IF_FAILED_LOG(customer->GetFullName(name.Out()), kPrefix, "Failed to get customer job name.");
+//   if (SUCCEEDED(LOG_IF_FAILED(invoice->GetDueDate(&dueDate), kPrefix,
+//                               "Failed to get due date from invoice in LX.  Skipping this optional element.")))
+//     AddHostDate(builder, "DueDate", dueDate);
+//   RETURN_IF_FAILED_LOG(parcelon::CatchComError([&] { builder.AddAddressElement(name, address); }),
+//                        kPrefix, "Failed to get address lines from company info in LX.");
 #pragma once
 
+#include <cstdio>
 #include <exception>
 #include <new>
 
@@ -34,6 +41,34 @@ HRESULT CatchComError(Action&& action) {
     return error.Error();
   } catch (const std::bad_alloc&) {
     return E_OUTOFMEMORY;
+  }
+}
+
+// Logs an exception that no code expected (its text, when it has one) and gives E_FAIL.
+inline HRESULT LogUnexpectedException(const char* what) noexcept {
+  char message[CNALogger::kEntrySize];
+  std::snprintf(message, sizeof message, "Unexpected exception: %s", what ? what : "unknown");
+  try {
+    CNALogger::Log("Parcelon", message, E_FAIL);
+  } catch (...) {
+    // A log that cannot be written does not change the answer.
+  }
+  return E_FAIL;
+}
+
+// Runs `body`, which returns an HRESULT, at the edge of an interface method, so that no C++
+// exception crosses it: a ComError gives its HRESULT, an allocation failure E_OUTOFMEMORY, and
+// any other exception E_FAIL with a log line.
+template <class Body>
+HRESULT Guarded(Body&& body) noexcept {
+  try {
+    HRESULT hr = S_OK;
+    const HRESULT caught = CatchComError([&] { hr = body(); });
+    return FAILED(caught) ? caught : hr;
+  } catch (const std::exception& error) {
+    return LogUnexpectedException(error.what());
+  } catch (...) {
+    return LogUnexpectedException(nullptr);
   }
 }
 

@@ -13,8 +13,6 @@ class CNALogger {
   // Entries are bounded to this many characters with their line feed; longer ones are cut.
   static constexpr size_t kEntrySize = 1024;
 
-  virtual ~CNALogger() = default;
-
   // Appends a failure: a time stamp line, then three spaces and "message  HRESULT=0x..." (with
   // the switch "NetworkAdapter.EnableLogContext" on, "prefix: message  HRESULT=0x...").
   static void Log(const char* prefix, const char* message, HRESULT hr);

@@ -12,7 +12,6 @@ class CCompanyBuilder {
  public:
   explicit CCompanyBuilder(ICompanyFile* companyFile) : companyFile_(companyFile) {}
   explicit CCompanyBuilder(ICompanyFilePtr companyFile) : companyFile_(std::move(companyFile)) {}
-  virtual ~CCompanyBuilder() = default;
 
   // "Company": "CompanyName", "CompanyEmail" (optional), "Address", "CompanyPhone" (optional).
   // Nothing is written when the company information cannot be read. A required value that

@@ -11,8 +11,6 @@
 // included. The class holds no data; any instance will do.
 class CLXEnumToString {
  public:
-  virtual ~CLXEnumToString() = default;
-
   // 0 "csError" .. 4 "csDownloaded"; others "UNKNOWN".
   int32_t ClearedStateToString(int32_t state, OLAString& out) const;
   // 0 "itSERVICE" .. 9 "itTAXGROUP".

@@ -21,52 +21,62 @@ constexpr char kItemPrefix[] =
 constexpr char kLinePrefix[] = "Parcelon:CEstimateItemBuilder::BuildEstimateLineItem()";
 
 constexpr parcelon::forms::SalesHeaderWording kHeaderWording = {
-    "Failed to get transaction number from estimate in LX.  Skipping this optional element.",
-    "Failed to get date from estimate in LX.  Skipping this optional element.",
-    "Failed to get amount from estimate in LX.",
-    "Failed to get double from amount in LX when getting estimate's total amount.",
-    "Failed to get create time stamp from estimate in LX.",
-    "Failed to get customer from estimate in LX.",
-    "Failed to get record number from customer in LX while getting estimate's customer job ID.",
-    "Failed to get billing address lines from estimate in LX.  Skipping this optional element.",
+    .transactionNumber =
+        "Failed to get transaction number from estimate in LX.  Skipping this optional element.",
+    .date = "Failed to get date from estimate in LX.  Skipping this optional element.",
+    .amount = "Failed to get amount from estimate in LX.",
+    .amountDouble = "Failed to get double from amount in LX when getting estimate's total amount.",
+    .createTimeStamp = "Failed to get create time stamp from estimate in LX.",
+    .customer = "Failed to get customer from estimate in LX.",
+    .customerRecNum =
+        "Failed to get record number from customer in LX while getting estimate's customer job ID.",
+    .billingAddress =
+        "Failed to get billing address lines from estimate in LX.  Skipping this optional element.",
 };
 
 constexpr parcelon::forms::LineWording kLineWording = {
-    "Failed to get item from estimate line item in LX.  Continuing...",
-    "Failed to get type from item in LX while building estimate item.  Continuing...",
-    "Failed to get is end of group from estimate line item(2) in LX.",
-    "Failed to get is printable from estimate line item(2) in LX.",
-    "Failed to get quantity from estimate line item(2) in LX.",
-    "Failed to get estimate line item(2) from LX.",
-    "Using empty item name element because failed to get item from estimate line item in LX.",
-    "Failed to get name from item in LX while building estimate item.  Using empty item name element.",
-    "Failed to get item description from estimate line item in LX.  Skipping this optional element.",
-    "Failed to get unit price from estimate line item in LX.  Skipping this optional element.",
-    "Failed to get amount from estimate line item in LX.  Skipping this optional element.",
-    "Failed to get class from estimate line item in LX.  Skipping this optional element.",
-    "Failed to get name from class in LX while getting estimate item's class name.  Skipping this "
-    "optional element.",
-    "Failed to get other 1 from estimate line item in LX.  Skipping this optional element.",
-    "Failed to get other 2 from estimate line item in LX.  Skipping this optional element.",
-    "Failed to get is taxable from estimate line item in LX.",
-    "Failed to get paid from estimate line item in LX.",
-    "Failed to get open balance from estimate line item in LX.  Skipping this optional element.",
-    "Failed to get custom field count from estimate line item in LX.  Skipping this optional element.",
-    "Failed to get custom field from estimate line item in LX.  Skipping this optional element.",
+    .item = "Failed to get item from estimate line item in LX.  Continuing...",
+    .itemType = "Failed to get type from item in LX while building estimate item.  Continuing...",
+    .endOfGroup = "Failed to get is end of group from estimate line item(2) in LX.",
+    .printable = "Failed to get is printable from estimate line item(2) in LX.",
+    .quantity = "Failed to get quantity from estimate line item(2) in LX.",
+    .secondVersion = "Failed to get estimate line item(2) from LX.",
+    .itemMissingForName =
+        "Using empty item name element because failed to get item from estimate line item in LX.",
+    .itemName =
+        "Failed to get name from item in LX while building estimate item.  Using empty item name element.",
+    .description =
+        "Failed to get item description from estimate line item in LX.  Skipping this optional element.",
+    .unitPrice = "Failed to get unit price from estimate line item in LX.  Skipping this optional element.",
+    .amount = "Failed to get amount from estimate line item in LX.  Skipping this optional element.",
+    .lineClass = "Failed to get class from estimate line item in LX.  Skipping this optional element.",
+    .className =
+        "Failed to get name from class in LX while getting estimate item's class name.  Skipping this "
+        "optional element.",
+    .other1 = "Failed to get other 1 from estimate line item in LX.  Skipping this optional element.",
+    .other2 = "Failed to get other 2 from estimate line item in LX.  Skipping this optional element.",
+    .taxable = "Failed to get is taxable from estimate line item in LX.",
+    .paid = "Failed to get paid from estimate line item in LX.",
+    .openBalance = "Failed to get open balance from estimate line item in LX.  Skipping this optional element.",
+    .customFieldCount =
+        "Failed to get custom field count from estimate line item in LX.  Skipping this optional element.",
+    .customField = "Failed to get custom field from estimate line item in LX.  Skipping this optional element.",
 };
 
 constexpr parcelon::forms::SalesTaxLineWording kSalesTaxWording = {
-    "Failed to get record number from sales tax item in LX while building estimate detail.",
-    "Failed to get custom style from estimate in LX.",
-    "Failed to get fields from style in LX while building estimate detail.",
-    "Failed to get count from style fields list in LX while building estimate detail.",
-    "Failed to get ID from style field in LX while building estimate detail.",
-    "Failed to get on print from style field in LX while building estimate detail.",
-    "Failed to get name from sales tax item in LX while building estimate's sales tax line item.",
-    "Failed to get long description from sales tax item in LX while building estimate's sales tax "
-    "line item.  Skipping this optional element.",
-    "Failed converting amount to XML for rate while building estimate's sales tax line item.  "
-    "Skipping this optional element.",
+    .itemRecNum = "Failed to get record number from sales tax item in LX while building estimate detail.",
+    .customStyle = "Failed to get custom style from estimate in LX.",
+    .styleFields = "Failed to get fields from style in LX while building estimate detail.",
+    .fieldCount = "Failed to get count from style fields list in LX while building estimate detail.",
+    .fieldID = "Failed to get ID from style field in LX while building estimate detail.",
+    .fieldOnPrint = "Failed to get on print from style field in LX while building estimate detail.",
+    .itemName = "Failed to get name from sales tax item in LX while building estimate's sales tax line item.",
+    .longDescription =
+        "Failed to get long description from sales tax item in LX while building estimate's sales tax "
+        "line item.  Skipping this optional element.",
+    .rate =
+        "Failed converting amount to XML for rate while building estimate's sales tax line item.  "
+        "Skipping this optional element.",
 };
 
 // A yes/no question to the host whose failure only costs the answer: it is then taken as no.

@@ -14,7 +14,6 @@ class CEstimateFormBuilder {
  public:
   CEstimateFormBuilder(ICompanyFile* companyFile, LONG transactionRecNum)
       : companyFile_(companyFile), recNum_(transactionRecNum) {}
-  virtual ~CEstimateFormBuilder() = default;
 
   // "EstimateForm": "Company", "EstimateDetail". A failure is returned with the elements opened
   // so far left open.
@@ -29,7 +28,6 @@ class CEstimateDetailBuilder {
  public:
   CEstimateDetailBuilder(ICompanyFile* companyFile, LONG transactionRecNum)
       : companyFile_(companyFile), recNum_(transactionRecNum) {}
-  virtual ~CEstimateDetailBuilder() = default;
 
   // "EstimateDetail": "TranID", "TranNum", "TranDate", "TotalAmount", "TMCreateStamp", "Project"
   // (the job's name, for an estimate of a job), "CustomerJobID", "CustomerJobName",

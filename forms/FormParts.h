@@ -113,8 +113,6 @@ struct LineWording {
 // the elements both write. A derived writer lists its elements in order with these.
 class CSalesLineItemBuilder {
  public:
-  virtual ~CSalesLineItemBuilder() = default;
-
   // The item type read for the line (an LXItemType), -1 when it could not be read.
   LONG ItemType() const { return itemType_; }
 

@@ -229,9 +229,7 @@ HRESULT BuildFormRequest(INA_Form7* form, BSTR* xml) {
   if (!xml) return E_POINTER;
   *xml = nullptr;
   if (!form) return E_POINTER;
-  HRESULT result = S_OK;
-  const HRESULT thrown = CatchComError([&] { result = CFormRequest(form).BuildXML(xml); });
-  return FAILED(thrown) ? thrown : result;
+  return Guarded([&] { return CFormRequest(form).BuildXML(xml); });
 }
 
 HRESULT GetCurrentCompanyFilePtr(ICompanyFilePtr& companyFile) {

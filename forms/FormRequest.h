@@ -37,7 +37,6 @@ HRESULT GetCurrentCompanyFilePtr(ICompanyFilePtr& companyFile);
 class CFormRequest {
  public:
   explicit CFormRequest(INA_Form7* form) : form_(form) {}
-  virtual ~CFormRequest() = default;
 
   // The whole request (see BuildFormRequest); may raise ComError for a failed property read.
   HRESULT BuildXML(BSTR* xml);
@@ -77,7 +76,6 @@ class CNonLXOBFormBuilder {
  public:
   CNonLXOBFormBuilder(INA_Form7* form, const OLAString& companyAuthID)
       : form_(form), companyAuthID_(companyAuthID) {}
-  virtual ~CNonLXOBFormBuilder() = default;
 
   // May raise ComError for a failed property read.
   HRESULT BuildXML(XMLBuilder& builder);

@@ -23,52 +23,62 @@ constexpr char kProgressPrefix[] =
     "Parcelon:CInvoiceItemBuilder::BuildProgressInvoiceElements(IInvoiceItemLineItem2Ptr, XMLBuilder&)";
 
 constexpr parcelon::forms::SalesHeaderWording kHeaderWording = {
-    "Failed to get transaction number from invoice in LX.  Skipping this optional element.",
-    "Failed to get date from invoice in LX.  Skipping this optional element.",
-    "Failed to get amount from invoice in LX.",
-    "Failed to get double from amount in LX when getting invoice's total amount.",
-    "Failed to get create time stamp from invoice in LX.",
-    "Failed to get customer from invoice in LX.",
-    "Failed to get record number from customer in LX while getting invoice's customer job ID.",
-    "Failed to get billing address lines from invoice in LX.  Skipping this optional element.",
+    .transactionNumber =
+        "Failed to get transaction number from invoice in LX.  Skipping this optional element.",
+    .date = "Failed to get date from invoice in LX.  Skipping this optional element.",
+    .amount = "Failed to get amount from invoice in LX.",
+    .amountDouble = "Failed to get double from amount in LX when getting invoice's total amount.",
+    .createTimeStamp = "Failed to get create time stamp from invoice in LX.",
+    .customer = "Failed to get customer from invoice in LX.",
+    .customerRecNum =
+        "Failed to get record number from customer in LX while getting invoice's customer job ID.",
+    .billingAddress =
+        "Failed to get billing address lines from invoice in LX.  Skipping this optional element.",
 };
 
 constexpr parcelon::forms::LineWording kLineWording = {
-    "Failed to get item from invoice line item in LX.  Continuing...",
-    "Failed to get type from item in LX while building invoice item.  Continuing...",
-    "Failed to get is end of group from invoice line item(2) in LX.",
-    "Failed to get is printable from invoice line item(2) in LX.",
-    "Failed to get quantity from invoice line item(2) in LX.",
-    "Failed to get invoice line item(2) from LX.",
-    "Using empty item name element because failed to get item from invoice line item in LX.",
-    "Failed to get name from item in LX while building invoice item.  Using empty item name element.",
-    "Failed to get item description from invoice line item in LX.  Skipping this optional element.",
-    "Failed to get unit price from invoice line item in LX.  Skipping this optional element.",
-    "Failed to get amount from invoice line item in LX.  Skipping this optional element.",
-    "Failed to get class from invoice line item in LX.  Skipping this optional element.",
-    "Failed to get name from class in LX while getting invoice item's class name.  Skipping this "
-    "optional element.",
-    "Failed to get other 1 from invoice line item in LX.  Skipping this optional element.",
-    "Failed to get other 2 from invoice line item in LX.  Skipping this optional element.",
-    "Failed to get is taxable from invoice line item in LX.",
-    "Failed to get paid from invoice line item in LX.",
-    "Failed to get open balance from invoice line item in LX.  Skipping this optional element.",
-    "Failed to get custom field count from invoice line item in LX.  Skipping this optional element.",
-    "Failed to get custom field from invoice line item in LX.  Skipping this optional element.",
+    .item = "Failed to get item from invoice line item in LX.  Continuing...",
+    .itemType = "Failed to get type from item in LX while building invoice item.  Continuing...",
+    .endOfGroup = "Failed to get is end of group from invoice line item(2) in LX.",
+    .printable = "Failed to get is printable from invoice line item(2) in LX.",
+    .quantity = "Failed to get quantity from invoice line item(2) in LX.",
+    .secondVersion = "Failed to get invoice line item(2) from LX.",
+    .itemMissingForName =
+        "Using empty item name element because failed to get item from invoice line item in LX.",
+    .itemName =
+        "Failed to get name from item in LX while building invoice item.  Using empty item name element.",
+    .description =
+        "Failed to get item description from invoice line item in LX.  Skipping this optional element.",
+    .unitPrice = "Failed to get unit price from invoice line item in LX.  Skipping this optional element.",
+    .amount = "Failed to get amount from invoice line item in LX.  Skipping this optional element.",
+    .lineClass = "Failed to get class from invoice line item in LX.  Skipping this optional element.",
+    .className =
+        "Failed to get name from class in LX while getting invoice item's class name.  Skipping this "
+        "optional element.",
+    .other1 = "Failed to get other 1 from invoice line item in LX.  Skipping this optional element.",
+    .other2 = "Failed to get other 2 from invoice line item in LX.  Skipping this optional element.",
+    .taxable = "Failed to get is taxable from invoice line item in LX.",
+    .paid = "Failed to get paid from invoice line item in LX.",
+    .openBalance = "Failed to get open balance from invoice line item in LX.  Skipping this optional element.",
+    .customFieldCount =
+        "Failed to get custom field count from invoice line item in LX.  Skipping this optional element.",
+    .customField = "Failed to get custom field from invoice line item in LX.  Skipping this optional element.",
 };
 
 constexpr parcelon::forms::SalesTaxLineWording kSalesTaxWording = {
-    "Failed to get record number from sales tax item in LX while building invoice detail.",
-    "Failed to get custom style from invoice in LX.",
-    "Failed to get fields from style in LX while building invoice detail.",
-    "Failed to get count from style fields list in LX while building invoice detail.",
-    "Failed to get ID from style field in LX while building invoice detail.",
-    "Failed to get on print from style field in LX while building invoice detail.",
-    "Failed to get name from sales tax item in LX while building invoice's sales tax line item.",
-    "Failed to get long description from sales tax item in LX while building invoice's sales tax "
-    "line item.  Skipping this optional element.",
-    "Failed converting amount to XML for rate while building invoice's sales tax line item.  "
-    "Skipping this optional element.",
+    .itemRecNum = "Failed to get record number from sales tax item in LX while building invoice detail.",
+    .customStyle = "Failed to get custom style from invoice in LX.",
+    .styleFields = "Failed to get fields from style in LX while building invoice detail.",
+    .fieldCount = "Failed to get count from style fields list in LX while building invoice detail.",
+    .fieldID = "Failed to get ID from style field in LX while building invoice detail.",
+    .fieldOnPrint = "Failed to get on print from style field in LX while building invoice detail.",
+    .itemName = "Failed to get name from sales tax item in LX while building invoice's sales tax line item.",
+    .longDescription =
+        "Failed to get long description from sales tax item in LX while building invoice's sales tax "
+        "line item.  Skipping this optional element.",
+    .rate =
+        "Failed converting amount to XML for rate while building invoice's sales tax line item.  "
+        "Skipping this optional element.",
 };
 
 // One figure of a progress invoice line: its element, its getter and its two messages.
@@ -197,9 +207,10 @@ HRESULT CInvoiceDetailBuilder::BuildXML(XMLBuilder& builder) {
 // "SuggestedDiscountData": the early-payment discount that the invoice's terms suggest. Invoices
 // without terms, and terms that suggest no discount, have none.
 HRESULT CInvoiceDetailBuilder::AddSuggestedDiscount(XMLBuilder& builder, const ITermPtr& terms) {
-  // Terms that could not be read for "Terms" have no record number either.
+  // Terms whose read was skipped for "Terms" give no discount, and nothing is read from them.
+  if (!terms) return S_OK;
   LONG termsRecNum = 0;
-  RETURN_IF_FAILED_LOG(terms ? terms->GetRecNum(&termsRecNum) : E_POINTER, kDetailPrefix,
+  RETURN_IF_FAILED_LOG(terms->GetRecNum(&termsRecNum), kDetailPrefix,
                        "Failed to get record number from term in LX while getting invoice's suggested "
                        "discount data.");
   if (termsRecNum == 0) return S_OK;

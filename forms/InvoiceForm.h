@@ -14,7 +14,6 @@ class CInvoiceFormBuilder {
  public:
   CInvoiceFormBuilder(ICompanyFile* companyFile, LONG transactionRecNum)
       : companyFile_(companyFile), recNum_(transactionRecNum) {}
-  virtual ~CInvoiceFormBuilder() = default;
 
   // "InvoiceForm": "Company", "InvoiceDetail". A failure is returned with the elements opened so
   // far left open.
@@ -29,7 +28,6 @@ class CInvoiceDetailBuilder {
  public:
   CInvoiceDetailBuilder(ICompanyFile* companyFile, LONG transactionRecNum)
       : companyFile_(companyFile), recNum_(transactionRecNum) {}
-  virtual ~CInvoiceDetailBuilder() = default;
 
   // "InvoiceDetail": "TranID", "TranNum", "TranDate", "TotalAmount", "TMCreateStamp", "DueDate",
   // "Terms", "CustomerJobID", "CustomerJobName", "BillAddress", "InvoiceNum", "BalRemaining" and

@@ -55,7 +55,6 @@ class CAttachmentData {
   CAttachmentData() = default;
   CAttachmentData(const CAttachmentData&) = delete;
   CAttachmentData& operator=(const CAttachmentData&) = delete;
-  virtual ~CAttachmentData() = default;
 
   // Frees the data of an earlier call, reads the file named by the form's AttachmentFileList
   // (whose "\" separators become "/" off Windows) and hands out the buffer through *data (still
@@ -80,7 +79,6 @@ class CAttachmentData {
 class CPDFBuilder {
  public:
   explicit CPDFBuilder(BSTR fileName) : fileName_(fileName) {}
-  virtual ~CPDFBuilder() = default;
 
   // "PDFData": "IsEncoded" (Y), then one "Bytes" line per piece, written as they are. Failures
   // (the file is then left where it is): "No PDF file name specified.", those of

@@ -13,7 +13,6 @@ class CSalesTaxBuilder {
  public:
   CSalesTaxBuilder(IItemPtr salesTaxItem, IAmountPtr rate, double taxTotal)
       : salesTaxItem_(std::move(salesTaxItem)), rate_(std::move(rate)), taxTotal_(taxTotal) {}
-  virtual ~CSalesTaxBuilder() = default;
 
   // "SalesTax": "ItemName", "Rate", "SalesTaxTotal" (two decimals). A value that cannot be read
   // returns its failure with "SalesTax" left open. A missing item or rate raises
@@ -36,7 +35,6 @@ class CSalesTaxDataBuilder {
         taxPercentage_(std::move(taxPercentage)),
         taxTotal_(taxTotal),
         printAsLineItem_(printAsLineItem) {}
-  virtual ~CSalesTaxDataBuilder() = default;
 
   // "SalesTaxData": "SalesTaxID", "SalesTaxPercentage", "SalesTaxTotal" (two decimals),
   // "PrintAsLineItem". Failures as for CSalesTaxBuilder.

@@ -51,7 +51,6 @@ class CStatementFormBuilder {
  public:
   CStatementFormBuilder(ICompanyFile* companyFile, StatementValues values)
       : companyFile_(companyFile), values_(std::move(values)) {}
-  virtual ~CStatementFormBuilder() = default;
 
   // "StatementForm": "Company", "StatementDetail". A failure is returned with the elements opened
   // so far left open.
@@ -69,7 +68,6 @@ class CStatementDetailBuilder {
 
   CStatementDetailBuilder(ICompanyFile* companyFile, LONG customerRecNum)
       : companyFile_(companyFile), customerRecNum_(customerRecNum) {}
-  virtual ~CStatementDetailBuilder() = default;
 
   // "StatementDetail": "StatementID", "StatementDate", "DueDate", "AmountDue", the customer
   // ("CustomerJobName", "CustomerJobID", "BillAddress") and "StatementFromDate",

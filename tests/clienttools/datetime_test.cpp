@@ -241,8 +241,8 @@ TEST(OLADateTimeBase, ValidityChecksEachField) {
       {{2008, 2, 30, 0, 0, 0, 0}, 0, false, true}, {{1900, 2, 29, 0, 0, 0, 0}, 0, false, true},
       {{2000, 2, 29, 0, 0, 0, 0}, 0, true, true}, {{2009, 3, 7, 24, 0, 0, 0}, 0, true, false},
       {{2009, 3, 7, 0, 60, 0, 0}, 0, true, false}, {{2009, 3, 7, 0, 0, 60, 0}, 0, true, false},
-      {{2009, 3, 7, 0, 0, 0, 1000}, 0, true, false}, {{2009, 3, 7, 0, 0, 0, 0}, 13, true, false},
-      {{2009, 3, 7, 0, 0, 0, 0}, -13, true, false},
+      {{2009, 3, 7, 0, 0, 0, 1000}, 0, true, false}, {{2009, 3, 7, 0, 0, 0, 0}, 14, true, true},
+      {{2009, 3, 7, 0, 0, 0, 0}, 15, true, false}, {{2009, 3, 7, 0, 0, 0, 0}, -13, true, false},
   };
   for (const auto& c : cases) {
     OLADateTimeBase value = c.value;
@@ -338,7 +338,9 @@ TEST(Format, RequestLongAndTimeOnlyForms) {
       {X, {2009, 0, 7, 0, 0, 0, 0}, nullptr, 0, "refused"},
       {X, {2009, 3, 7, 24, 0, 0, 0}, nullptr, 0, "refused"},
       {X, {2009, 3, 7, 0, 0, 0, 1000}, nullptr, 0, "refused"},
-      {X, {2009, 3, 7, 12, 0, 0, 0}, nullptr, 13, "refused"},
+      {X, {2009, 3, 7, 12, 0, 0, 0}, nullptr, 13, "20090307T120000+1300"},
+      {X, {2009, 3, 7, 12, 0, 0, 0}, nullptr, 14, "20090307T120000+1400"},
+      {X, {2009, 3, 7, 12, 0, 0, 0}, nullptr, 15, "refused"},
       {X, {2009, 3, 7, 12, 0, 0, 0}, nullptr, -13, "refused"},
       {F, {2009, 3, 7, 14, 2, 11, 0}, "PST", -8, "20090307140211.000[-8:PST]"},
       {F, {2009, 3, 7, 14, 2, 11, 0}, nullptr, -8, "20090307140211.000[-8]"},
@@ -354,7 +356,8 @@ TEST(Format, RequestLongAndTimeOnlyForms) {
       {F, {2009, 3, 7, 0, 0, 0, 0}, "XYZ", -12, "20090307000000.000[-12:XYZ]"},
       {F, {2009, 2, 29, 14, 2, 11, 0}, "PST", -8, "refused"},
       {F, {2009, 3, 7, 14, 60, 11, 0}, "PST", -8, "refused"},
-      {F, {2009, 3, 7, 14, 2, 11, 0}, "PST", 13, "refused"},
+      {F, {2009, 3, 7, 14, 2, 11, 0}, "---", 14, "20090307140211.000[14:---]"},
+      {F, {2009, 3, 7, 14, 2, 11, 0}, "PST", 15, "refused"},
       {T, {0, 0, 0, 14, 2, 11, 0}, nullptr, 0, "140211"},
       {T, {0, 0, 0, 0, 0, 0, 0}, nullptr, 0, "000000"},
       {T, {2009, 3, 7, 14, 2, 11, 0}, nullptr, 0, "140211"},
@@ -366,7 +369,8 @@ TEST(Format, RequestLongAndTimeOnlyForms) {
       {T, {0, 0, 0, 14, 2, 11, 0}, "---", 0, "140211:---"},
       {T, {0, 0, 0, 14, 2, 11, 5}, "EST", -5, "140211.5[-5:EST]"},
       {T, {0, 0, 0, 24, 0, 0, 0}, nullptr, 0, "refused"},
-      {T, {0, 0, 0, 14, 2, 11, 0}, "PST", 13, "refused"},
+      {T, {0, 0, 0, 14, 2, 11, 0}, "---", 14, "140211[14:---]"},
+      {T, {0, 0, 0, 14, 2, 11, 0}, "PST", 15, "refused"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << int(c.form) << " " << Fields(c.value) << " [" << c.offset
@@ -465,6 +469,14 @@ TEST(SetLocalZone, NamesAndOffsets) {
       {"CET-1CEST", false, 40009.5, true, false, "---", 0, "20090715T120000+0000"},
       {"JST-9", false, 40009.5, false, false, "---", 9, "20090715T120000+0900"},
       {"HST10", false, 40009.5, false, false, "---", -10, "20090715T120000-1000"},
+      // East of twelve hours: Tonga and the Line Islands; New Zealand keeps +12 in winter and,
+      // by the one-hour-west rule, +11 in summer.
+      {"TOT-13", false, 39828.5, false, false, "---", 13, "20090115T120000+1300"},
+      {"TOT-13", false, 40009.5, false, false, "---", 13, "20090715T120000+1300"},
+      {"LIN-14", false, 39828.5, false, false, "---", 14, "20090115T120000+1400"},
+      {"LIN-14", false, 40009.5, false, false, "---", 14, "20090715T120000+1400"},
+      {"Pacific/Auckland", true, 39828.5, true, false, "---", 11, "20090115T120000+1100"},
+      {"Pacific/Auckland", true, 40009.5, false, false, "---", 12, "20090715T120000+1200"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << "TZ=" << c.tz << " " << c.oleDate);

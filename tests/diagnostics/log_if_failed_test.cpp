@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <new>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -79,6 +80,20 @@ TEST(CatchComErrorTest, TurnsExceptionsIntoTheirCodes) {
   EXPECT_EQ(E_POINTER, CatchComError([] { throw ComError(E_POINTER); }));
   EXPECT_EQ(E_OUTOFMEMORY, CatchComError([] { ThrowIfFailed(E_OUTOFMEMORY); }));
   EXPECT_EQ(E_OUTOFMEMORY, CatchComError([] { throw std::bad_alloc(); }));
+}
+
+// Nothing that a body throws leaves Guarded: the host's errors give their codes unlogged, any
+// other exception E_FAIL with a log line.
+TEST_F(LogIfFailedTest, GuardedLetsNoExceptionThrough) {
+  EXPECT_EQ(S_FALSE, Guarded([] { return S_FALSE; }));
+  EXPECT_EQ(E_POINTER, Guarded([]() -> HRESULT { throw ComError(E_POINTER); }));
+  EXPECT_EQ(E_OUTOFMEMORY, Guarded([]() -> HRESULT { throw std::bad_alloc(); }));
+  EXPECT_TRUE(LogEntries().empty());
+  EXPECT_EQ(E_FAIL, Guarded([]() -> HRESULT { throw std::out_of_range("vector::at"); }));
+  EXPECT_EQ(E_FAIL, Guarded([]() -> HRESULT { throw 42; }));
+  EXPECT_EQ((std::vector<std::string>{"Unexpected exception: vector::at  HRESULT=0x80004005",
+                                      "Unexpected exception: unknown  HRESULT=0x80004005"}),
+            LogEntries());
 }
 
 HRESULT WriteAddress(bool hostFails) {

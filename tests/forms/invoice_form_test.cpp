@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "forms/FormAggregateTest.h"
@@ -114,6 +115,37 @@ TEST_F(InvoiceFormTest, IndentationChangesNothingButLeadingBlanks) {
     EXPECT_NE(std::string::npos, text.find(piece)) << piece;
 }
 
+// Zones east of twelve hours keep their dates: Tonga, the Line Islands, and New Zealand, whose
+// summer (until 5 April 2009) the one-hour-west rule writes as +11.
+TEST_F(InvoiceFormTest, DatesInZonesEastOfTwelveHours) {
+  const struct {
+    const char* tz;
+    bool posix;  // the Windows runtime reads only the POSIX form of TZ
+    const char* tranDate;
+    const char* dueDate;
+    const char* discountDate;
+  } cases[] = {
+      {"TOT-13", true, "+1300", "+1300", "+1300"},
+      {"LIN-14", true, "+1400", "+1400", "+1400"},
+      {"Pacific/Auckland", false, "+1100", "+1200", "+1100"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.tz);
+#ifdef _WIN32
+    if (!c.posix) continue;
+#endif
+    ScopedTimeZone zone(c.tz);
+    std::string expected = kInvoice100;
+    for (const auto& [date, offset] : {std::pair{"<TranDate>20090307", c.tranDate},
+                                       std::pair{"<DueDate>20090406", c.dueDate},
+                                       std::pair{"<DiscountDate>20090317", c.discountDate}}) {
+      const std::string old = std::string(date) + "T000000-0500";
+      expected.replace(expected.find(old), old.size(), std::string(date) + "T000000" + offset);
+    }
+    EXPECT_EQ(expected, BuildForm(100, S_OK));
+  }
+}
+
 TEST_F(InvoiceFormTest, EveryFailedReadEndsTheFormOrSkipsItsElement) {
   const std::string detailFailed = Entry(kFormPrefix, "Failed to build invoice detail aggregate XML.");
   const std::string notInitialised = Detail("Failed to initialize the invoice ptr.");
@@ -156,12 +188,11 @@ TEST_F(InvoiceFormTest, EveryFailedReadEndsTheFormOrSkipsItsElement) {
            {Entry(kFormPrefix, "Failed to get item from invoice line items in LX.")}},
           {{"IInvoiceItemLineItem::GetIsTaxable", 100, E_FAIL}, E_FAIL,
            {Entry(kFormPrefix, "Failed to get is taxable from invoice line item in LX.")}},
-          // Terms that cannot be read leave the discount without a record number.
-          {{"IInvoice::GetTerms", 100, E_FAIL}, E_POINTER,
-           {Skipped("Failed to get terms from invoice in LX."),
-            Detail("Failed to get record number from term in LX while getting invoice's suggested discount data.",
-                   "0x80004003"),
-            Entry(kFormPrefix, "Failed to build invoice detail aggregate XML.", "0x80004003")}},
+          // Terms that cannot be read leave out the terms and their discount, nothing more.
+          {{"IInvoice::GetTerms", 100, E_FAIL}, S_OK,
+           {Skipped("Failed to get terms from invoice in LX.")},
+           {"<Terms>2% 10 Net 30</Terms>\n", "<SuggestedDiscountData>\n", "<DiscountAmt>24.69</DiscountAmt>\n",
+            "<DiscountDate>20090317T000000-0500</DiscountDate>\n", "</SuggestedDiscountData>\n"}},
           // The optional reads.
           {{"IInvoice::GetTransactionNumber", 100, E_FAIL}, S_OK,
            {Skipped("Failed to get transaction number from invoice in LX.")}, {"<TranNum>4711</TranNum>\n"}},
