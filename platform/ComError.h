@@ -26,8 +26,9 @@ inline void ThrowIfFailed(HRESULT hr, const IID* source = nullptr) {
   if (FAILED(hr)) throw ComError(hr, source);
 }
 
-// Evaluates `expr` once and returns its HRESULT from the enclosing function when it is a failure
-// (one that the callee has already logged, or that needs no log).
+// Evaluates `expr` once and returns its HRESULT from the enclosing function when it is a failure.
+// It logs nothing: for a failure that the callee has already logged, or that needs no log. The
+// logging forms are in diagnostics/LogIfFailed.h.
 #define RETURN_IF_FAILED(expr)                      \
   do {                                              \
     const HRESULT parcelon_hr_ = (expr);            \
