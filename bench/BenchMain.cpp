@@ -3,6 +3,7 @@
 #include "BenchMain.h"
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -25,9 +26,7 @@ std::vector<Pair>& Pairs() {
   return pairs;
 }
 
-// Five repetitions, shown as their statistics.
-const std::vector<std::string> kDefaultFlags = {"--benchmark_repetitions=5",
-                                                "--benchmark_display_aggregates_only=true"};
+const std::vector<std::string> kDefaultFlags = {"--benchmark_repetitions=5"};
 // One short repetition of each benchmark, sizes of five digits and more left out.
 const std::vector<std::string> kQuickFlags = {"--benchmark_repetitions=1", "--benchmark_min_time=0.01",
                                               "--benchmark_filter=-/[0-9]{5,}(/|$)"};
@@ -54,18 +53,27 @@ std::string Duration(double seconds) {
 
 class MedianReporter : public benchmark::ConsoleReporter {
  public:
+  // Colours only on a terminal: a log keeps plain text.
+  MedianReporter() : ConsoleReporter(isatty(fileno(stdout)) ? OO_ColorTabular : OO_Tabular) {}
+
   // True when a benchmark reported an error (SkipWithError).
   bool Failed() const { return failed_; }
 
-  // CPU seconds per iteration of every repetition, by benchmark name; failed runs are left out.
+  // Shows the statistics of a benchmark's repetitions (or its one run, or its errors) and keeps
+  // the CPU seconds per iteration of every repetition, by benchmark name; failed runs are left
+  // out.
   void ReportRuns(const std::vector<Run>& runs) override {
-    ConsoleReporter::ReportRuns(runs);
+    const bool repeated = std::any_of(runs.begin(), runs.end(),
+                                      [](const Run& run) { return run.run_type == Run::RT_Aggregate; });
+    std::vector<Run> shown;
     for (const Run& run : runs) {
       if (run.error_occurred)
         failed_ = true;
       else if (run.run_type == Run::RT_Iteration && run.iterations > 0)
         repetitions_[run.benchmark_name()].push_back(run.cpu_accumulated_time / double(run.iterations));
+      if (!repeated || run.run_type == Run::RT_Aggregate || run.error_occurred) shown.push_back(run);
     }
+    ConsoleReporter::ReportRuns(shown);
   }
 
   void Finalize() override {

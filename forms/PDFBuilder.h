@@ -79,7 +79,7 @@ HRESULT ReadWholeFile(const std::string& path, const char* prefix, FileBytes& da
 }  // namespace parcelon
 
 // The attachment data of a send session: the bytes of the file that the current form names, in
-// one buffer that the session owns until Release.
+// memory that the session owns until Release (a mapping of a large file, else a buffer).
 class CAttachmentData {
  public:
   CAttachmentData() = default;
