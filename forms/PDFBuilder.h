@@ -36,8 +36,8 @@ namespace parcelon {
 // The largest attachment: its length and the terminating zero byte must fit a signed 32-bit
 // count.
 inline constexpr long long kMaxAttachmentBytes = 0x7FFFFFFE;
-// Files from this length on are mapped rather than read: the mapping spares the copy and the
-// first touch of a fresh buffer, which cost about twice the read of a large file.
+// Files from this length on are mapped rather than read: the mapping spares the copy into a fresh
+// buffer and that buffer's first touch of every page.
 inline constexpr long long kMapFromBytes = 1 << 20;
 
 // A file's bytes followed by one zero byte, in memory that this process may read and write
