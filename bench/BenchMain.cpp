@@ -26,6 +26,7 @@ std::vector<Pair>& Pairs() {
   return pairs;
 }
 
+// Five repetitions: every figure printed at the end is their median.
 const std::vector<std::string> kDefaultFlags = {"--benchmark_repetitions=5"};
 // One short repetition of each benchmark, sizes of five digits and more left out.
 const std::vector<std::string> kQuickFlags = {"--benchmark_repetitions=1", "--benchmark_min_time=0.01",

@@ -2,9 +2,11 @@
 //
 // Every benchmark binary runs each benchmark five times by default and reports the median (the
 // console shows the mean, median, deviation and variation of the five). `--quick` runs each once
-// for a minimal time and leaves out sizes of 10,000 and up, so that a whole binary takes a few
-// seconds: it shows that the benchmarks still build and run, its figures mean little. Google
-// Benchmark's own flags given after these defaults override them.
+// for a minimal time and leaves out sizes of 10,000 and up (a benchmark that takes only such
+// sizes needs a smaller one to run quick), so that a whole binary takes a few seconds: it shows
+// that the benchmarks still build and run, its figures mean little. Google Benchmark's own flags
+// given on the command line override these defaults. A benchmark that reports an error
+// (SkipWithError) makes the binary exit with 1.
 #pragma once
 
 namespace parcelon::bench {
