@@ -4,14 +4,17 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <system_error>
 
-#ifndef _WIN32
-#include <sys/stat.h>
-#endif
-#ifdef __linux__
+#ifdef _WIN32
+#include <io.h>
+#include <windows.h>
+#else
 #include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 #include "diagnostics/Dumps.h"
@@ -116,8 +119,72 @@ void DisposeOfFile(const std::string& path) {
 
 namespace parcelon {
 
-HRESULT ReadWholeFile(const std::string& path, const char* prefix, std::unique_ptr<BYTE[]>& data,
-                      LONG& size) {
+void FileBytes::Reset() {
+  if (!Mapped()) {
+    delete[] data_;
+  } else {
+#ifdef _WIN32
+    UnmapViewOfFile(data_);
+#else
+    munmap(data_, mappedBytes_);
+#endif
+  }
+  data_ = nullptr;
+  mappedBytes_ = 0;
+}
+
+bool FileBytes::Allocate(size_t length) {
+  Reset();
+  data_ = new (std::nothrow) BYTE[length + 1];
+  if (data_) AdviseHugePages(data_, length + 1);
+  return data_ != nullptr;
+}
+
+bool FileBytes::Map(std::FILE* file, size_t length) {
+  Reset();
+  if (length == 0) return false;
+#ifdef _WIN32
+  // A view ends with the file: the zero byte needs room in the file's last page.
+  SYSTEM_INFO system;
+  GetSystemInfo(&system);
+  if (length % system.dwPageSize == 0) return false;
+  const HANDLE handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
+  if (handle == INVALID_HANDLE_VALUE) return false;
+  const HANDLE mapping = CreateFileMappingW(handle, nullptr, PAGE_WRITECOPY, 0, 0, nullptr);
+  if (!mapping) return false;
+  // The view keeps the mapping alive; a view longer than the file (cut since its length was
+  // measured) is refused.
+  void* view = MapViewOfFile(mapping, FILE_MAP_COPY, 0, 0, length);
+  CloseHandle(mapping);
+  if (!view) return false;
+  data_ = static_cast<BYTE*>(view);
+  mappedBytes_ = length + 1;
+#else
+  // Anonymous zero pages reserve the whole extent, so that the zero byte has a page even when the
+  // file ends at a page boundary; the file is mapped over their start. The file's pages are
+  // entered at once (a read fault each would cost more than the read the mapping saves), then
+  // made writable: a write copies the page and leaves the file alone.
+  const size_t page = size_t(sysconf(_SC_PAGESIZE));
+  const size_t extent = (length + page) / page * page;
+  void* area = mmap(nullptr, extent, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (area == MAP_FAILED) return false;
+  struct stat status;
+  if (mmap(area, length, PROT_READ, MAP_PRIVATE | MAP_FIXED | MAP_POPULATE, fileno(file), 0) == MAP_FAILED ||
+      mprotect(area, extent, PROT_READ | PROT_WRITE) != 0 ||
+      // A file cut since its length was measured: reading past its end would raise SIGBUS.
+      fstat(fileno(file), &status) != 0 || status.st_size < static_cast<off_t>(length)) {
+    munmap(area, extent);
+    return false;
+  }
+  data_ = static_cast<BYTE*>(area);
+  mappedBytes_ = extent;
+#endif
+  // A file that has grown since is cut at the length measured.
+  data_[length] = 0;
+  return true;
+}
+
+HRESULT ReadWholeFile(const std::string& path, const char* prefix, FileBytes& data, LONG& size) {
   const RedirectedFiles files;
   std::string mapped;
   // Only a regular file is opened: a folder would open (off Windows) and read as garbage, a named
@@ -133,14 +200,19 @@ HRESULT ReadWholeFile(const std::string& path, const char* prefix, std::unique_p
       std::fseek(file.get(), 0, SEEK_SET) != 0)
     RETURN_HR_LOG(E_FAIL, prefix, "Error determining PDF file length.");
 
-  data.reset(new (std::nothrow) BYTE[size_t(length) + 1]);
-  if (!data) RETURN_HR_LOG(E_OUTOFMEMORY, prefix, "Unable to read full length of attachment file.");
-  AdviseHugePages(data.get(), size_t(length) + 1);
+  // A file that cannot be mapped (a file system without mappings, say) is read like a small one.
+  if (static_cast<long long>(length) >= kMapFromBytes && data.Map(file.get(), size_t(length))) {
+    size = LONG(length);
+    return S_OK;
+  }
+  if (!data.Allocate(size_t(length)))
+    RETURN_HR_LOG(E_OUTOFMEMORY, prefix, "Unable to read full length of attachment file.");
   size = LONG(length);
   // One read of one byte more than the length: a read error shows even for an empty file, and a
   // file that has grown since is cut at the length measured.
-  const size_t read = std::fread(data.get(), 1, size_t(length) + 1, file.get());
-  data[size_t(length)] = 0;
+  BYTE* const bytes = data.Data();
+  const size_t read = std::fread(bytes, 1, size_t(length) + 1, file.get());
+  bytes[size_t(length)] = 0;
   if (read < size_t(length) || std::ferror(file.get()))
     RETURN_HR_LOG(E_FAIL, prefix, "Unable to read full length of attachment file.");
   return S_OK;
@@ -151,7 +223,7 @@ HRESULT ReadWholeFile(const std::string& path, const char* prefix, std::unique_p
 // ---- CAttachmentData -------------------------------------------------------------------------
 
 void CAttachmentData::Release() {
-  data_.reset();
+  data_.Reset();
   size_ = 0;
 }
 
@@ -168,7 +240,7 @@ HRESULT CAttachmentData::BuildData(INA_Form7* form, BYTE** data) {
   if (!ToAnsi(fileName.Get(), path)) return E_OUTOFMEMORY;
   ToNativeSeparators(path);
   RETURN_IF_FAILED(parcelon::ReadWholeFile(path, kBuildDataPrefix, data_, size_));
-  *data = data_.get();
+  *data = data_.Data();
 
   // The dump is named by form type and document type; what cannot be read gives the general
   // name. It never stops the send.
@@ -177,7 +249,7 @@ HRESULT CAttachmentData::BuildData(INA_Form7* form, BYTE** data) {
   Bstr docType;
   std::string extension;
   if (FAILED(form->get_DocType(docType.Out())) || !ToAnsi(docType.Get(), extension)) extension.clear();
-  parcelon::DumpAttachment(data_.get(), size_t(size_), dumpType, extension.c_str());
+  parcelon::DumpAttachment(data_.Data(), size_t(size_), dumpType, extension.c_str());
   return S_OK;
 }
 
@@ -191,15 +263,16 @@ HRESULT CPDFBuilder::BuildXML(XMLBuilder& builder) {
   IBase64CoderPtr coder;
   const char* encoded = nullptr;
   {
-    std::unique_ptr<BYTE[]> bytes;
+    parcelon::FileBytes bytes;
     LONG size = 0;
     RETURN_IF_FAILED(parcelon::ReadWholeFile(path, kPDFBuilderPrefix, bytes, size));
     RETURN_IF_FAILED_LOG(CoCreateInstance(parcelon::host::CLSID_Base64Coder, nullptr, CLSCTX_INPROC_SERVER,
                                           IidOf<IBase64Coder>(), coder.ReleaseAndGetVoidAddress()),
                          kPDFBuilderPrefix, "Failed to create the base64 coder.");
-    RETURN_IF_FAILED_LOG(coder->Encode(bytes.get(), size), kPDFBuilderPrefix,
+    RETURN_IF_FAILED_LOG(coder->Encode(bytes.Data(), size), kPDFBuilderPrefix,
                          "Failed to encode PDF file.");
-    // The file's bytes are freed here: the encoded text is all that is written.
+    // The file's bytes are freed (or unmapped) here, before the file is disposed of: the encoded
+    // text is all that is written.
   }
   RETURN_IF_FAILED_LOG(coder->EncodedMessage(&encoded), kPDFBuilderPrefix,
                        "Failed to encode PDF file.");

@@ -2,7 +2,8 @@
 // blocks, and the PDF attachment. Including this header gives all of forms/.
 //
 // The PDF attachment travels in two ways:
-// - CAttachmentData: the body of the session's attachment pass, the file's bytes as they are.
+// - CAttachmentData: the body of the session's attachment pass, the file's bytes as they are
+//   (a large file mapped, not copied).
 //   The session keeps one and answers the adapter's callbacks with it:
 //
 //     HRESULT CNA_Forms::BuildData(BYTE** pData) { return attachment_.BuildData(currentForm, pData); }
@@ -15,7 +16,7 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
+#include <cstdio>
 #include <string>
 
 #include "clienttools/XMLBuilder.h"
@@ -35,21 +36,50 @@ namespace parcelon {
 // The largest attachment: its length and the terminating zero byte must fit a signed 32-bit
 // count.
 inline constexpr long long kMaxAttachmentBytes = 0x7FFFFFFE;
+// Files from this length on are mapped rather than read: the mapping spares the copy into a fresh
+// buffer and that buffer's first touch of every page.
+inline constexpr long long kMapFromBytes = 1 << 20;
 
-// Reads the file at `path` (ANSI, through the host's file redirection) whole into a new buffer of
-// its length plus one terminating zero byte: one allocation sized from the file and one read, no
-// growth. `data` and `size` are set as soon as the buffer exists, so after a failed read the
-// caller still owns it. Failures are logged with `prefix`: "Error opening PDF file." (also for a
-// folder, device or pipe), "Error determining PDF file length." (also for a file of more than
+// A file's bytes followed by one zero byte, in memory that this process may read and write
+// without changing the file: a private mapping of the file (copy on write) or a buffer the file
+// was read into.
+class FileBytes {
+ public:
+  FileBytes() = default;
+  FileBytes(const FileBytes&) = delete;
+  FileBytes& operator=(const FileBytes&) = delete;
+  ~FileBytes() { Reset(); }
+
+  BYTE* Data() const { return data_; }
+  // True when the bytes are a mapping of the file rather than a copy.
+  bool Mapped() const { return mappedBytes_ != 0; }
+  void Reset();
+
+  // Maps `length` bytes of the open `file` and a zero byte after them; false (and nothing held)
+  // when the system cannot map it.
+  bool Map(std::FILE* file, size_t length);
+  // A buffer of `length` + 1 bytes to read into; false when memory runs out.
+  bool Allocate(size_t length);
+
+ private:
+  BYTE* data_ = nullptr;
+  size_t mappedBytes_ = 0;  // the mapping's extent; 0 for an allocated buffer
+};
+
+// Reads the file at `path` (ANSI, through the host's file redirection) whole, with a terminating
+// zero byte: a file of kMapFromBytes or more is mapped where the system can map it, any other is
+// read into one buffer of its length plus one, one allocation sized from the file and one read.
+// `data` and `size` are set as soon as the bytes exist, so after a failed read the caller still
+// owns them. Failures are logged with `prefix`: "Error opening PDF file." (also for a folder,
+// device or pipe), "Error determining PDF file length." (also for a file of more than
 // kMaxAttachmentBytes bytes), "Unable to read full length of attachment file." (E_FAIL;
 // E_OUTOFMEMORY when the buffer cannot be had).
-HRESULT ReadWholeFile(const std::string& path, const char* prefix, std::unique_ptr<BYTE[]>& data,
-                      LONG& size);
+HRESULT ReadWholeFile(const std::string& path, const char* prefix, FileBytes& data, LONG& size);
 
 }  // namespace parcelon
 
 // The attachment data of a send session: the bytes of the file that the current form names, in
-// one buffer that the session owns until Release.
+// memory that the session owns until Release (a mapping of a large file, else a buffer).
 class CAttachmentData {
  public:
   CAttachmentData() = default;
@@ -63,12 +93,12 @@ class CAttachmentData {
   HRESULT BuildData(INA_Form7* form, BYTE** data);
   // The length in bytes of the data BuildData gave; 0 when there is none.
   LONG DataSize() const { return size_; }
-  const BYTE* Data() const { return data_.get(); }
+  const BYTE* Data() const { return data_.Data(); }
   // Frees the data; the length becomes 0.
   void Release();
 
  private:
-  std::unique_ptr<BYTE[]> data_;
+  parcelon::FileBytes data_;
   LONG size_ = 0;
 };
 

@@ -165,8 +165,8 @@ size_t ResidentBytes() {
 }
 #endif
 
-// The body is the file as it is, in one buffer of its length and a terminating zero (no second
-// copy); the pass leaves the file alone, and Release gives the buffer up.
+// The body is the file as it is, mapped, with a terminating zero (no second copy); the pass leaves
+// the file alone, and Release gives the mapping up, after which the file can be replaced.
 TEST_F(PDFTest, BuildDataHandsOutA100MegabyteFileAsItIs) {
   constexpr size_t kSize = size_t(100) << 20;
   const std::string path = ScratchFile("large 7.pdf");
@@ -204,6 +204,47 @@ TEST_F(PDFTest, BuildDataHandsOutA100MegabyteFileAsItIs) {
   attachment.Release();
   EXPECT_EQ(0, attachment.DataSize());
   EXPECT_EQ(nullptr, attachment.Data());
+  EXPECT_TRUE(std::filesystem::remove(path));
+}
+
+// Around the length from which files are mapped, and a mapped file ending at a page boundary or
+// just after one: the bytes and the zero after them, whichever way they came.
+TEST_F(PDFTest, ReadsOrMapsTheWholeFileAndAZeroByte) {
+  constexpr size_t kFrom = size_t(kMapFromBytes);
+  for (const size_t size : {kFrom - 1, kFrom, kFrom + 1, kFrom + 4095, kFrom + 4096}) {
+    SCOPED_TRACE(size);
+    const std::string bytes = SampleBytes(size);
+    const std::string path = ScratchFile("sized.pdf");
+    WriteFile(path, bytes);
+    FileBytes data;
+    LONG length = -1;
+    ASSERT_EQ(S_OK, ReadWholeFile(path, "test", data, length));
+    ASSERT_EQ(LONG(size), length);
+    EXPECT_EQ(bytes, std::string(reinterpret_cast<const char*>(data.Data()), size));
+    EXPECT_EQ(0, data.Data()[size]);
+#ifdef _WIN32
+    const bool mapped = size >= kFrom && size % 4096 != 0;  // a view has no room for the zero byte
+#else
+    const bool mapped = size >= kFrom;
+#endif
+    EXPECT_EQ(mapped, data.Mapped());
+    // The bytes are the process's own: writing them leaves the file alone.
+    data.Data()[0] = BYTE(~data.Data()[0]);
+    EXPECT_EQ(BYTE(~bytes[0]), data.Data()[0]);
+    data.Reset();
+    EXPECT_EQ(bytes, ReadFile(path));
+  }
+  EXPECT_TRUE(LogEntries().empty());
+}
+
+// A mapped file is let go before it is disposed of: Windows refuses to delete a mapped file.
+TEST_F(PDFTest, WritesALargeFileAndDeletesIt) {
+  const std::string bytes = SampleBytes(size_t(kMapFromBytes) + 1);
+  const std::string path = FormFile(bytes);
+  EXPECT_EQ("<PDFData>\n<IsEncoded>Y</IsEncoded>\n<Bytes>" + Base64(bytes) + "</Bytes>\n</PDFData>\n",
+            BuildPDF(path, S_OK));
+  EXPECT_FALSE(FileExists(path));
+  EXPECT_TRUE(LogEntries().empty());
 }
 
 TEST_F(PDFTest, BuildDataDumpsTheAttachmentWhenAsked) {
