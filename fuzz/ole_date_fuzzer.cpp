@@ -1,6 +1,7 @@
 // OLE dates and their text forms. SetFromOleDate is checked against the moment the OLE date
 // names (whole days towards zero from 30 December 1899, the fraction the time of day whatever the
-// sign), to the nearest second; the text forms against their documented printf formats; the day
+// sign), to the nearest second, except where the half second added away from zero deliberately
+// moves a negative value to another day; the text forms against their documented printf formats; the day
 // of the year against the proleptic Gregorian calendar.
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -43,11 +44,19 @@ void CheckOleDate(double date) {
   if (!value.IsValid()) Finding("SetFromOleDate(" + std::to_string(date) + ") gives the invalid " + Fields(value));
   // The moment in seconds from the OLE epoch, as named and as converted.
   const double whole = std::trunc(date);
-  const long double named = (long double)whole * 86400.0L + std::fabs(date - whole) * 86400.0L;
+  const double secondOfDay = std::fabs(date - whole) * 86400.0;
+  const long double named = (long double)whole * 86400.0L + secondOfDay;
   const int64_t days = DaysFromCivil(value.GetYear(), value.GetMonth(), value.GetDay()) - DaysFromCivil(1899, 12, 30);
   const long double converted =
       (long double)days * 86400.0L + value.GetHour() * 3600 + value.GetMinute() * 60 + value.GetSecond();
-  if (std::fabs((double)(converted - named)) > 0.5 + 1e-4)
+  const bool nearest = std::fabs((double)(converted - named)) <= 0.5 + 1e-4;
+  // The half second is added away from zero before the whole days are taken, so a negative value
+  // within half a second of its day's end gives the midnight that starts the day before its own
+  // (either way within a hair of the half second, where the sum in double precision decides).
+  const bool dayBefore = converted == ((long double)whole - 1) * 86400.0L;
+  const bool endOfNegativeDay = date < 0 && secondOfDay > 86399.5 + 1e-4;
+  const bool nearTie = date < 0 && std::fabs(secondOfDay - 86399.5) <= 1e-4;
+  if (endOfNegativeDay ? !dayBefore : !(nearest || (nearTie && dayBefore)))
     Finding("SetFromOleDate(" + std::to_string(date) + ") gives " + Fields(value) + ", " +
             std::to_string((double)(converted - named)) + " s from the moment it names");
 }
