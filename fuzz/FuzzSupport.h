@@ -47,4 +47,16 @@ inline void WriteFile(const std::string& path, const std::string& bytes) {
   std::fclose(file);
 }
 
+// What an escaped and cleaned value reads back as: entities give their characters again, 0x92
+// gives an apostrophe, and the bytes outside tab, line feed and 0x20 to 0x7F are gone.
+inline std::string Cleaned(const std::string& ansi) {
+  std::string out;
+  for (const char c : ansi) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte == 0x92) out += '\'';
+    else if (byte == '\t' || byte == '\n' || (byte >= 0x20 && byte <= 0x7F)) out += c;
+  }
+  return out;
+}
+
 }  // namespace parcelon::fuzz

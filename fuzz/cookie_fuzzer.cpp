@@ -22,6 +22,7 @@
 #include "refhost/ReferenceHost.h"
 #include "tools/SendDriver.h"
 
+using parcelon::fuzz::Cleaned;
 using parcelon::fuzz::Finding;
 
 namespace {
@@ -52,17 +53,6 @@ std::optional<std::u16string> ExpectedId(const std::u16string& cookie) {
   const ptrdiff_t length = ptrdiff_t(end - start) - ptrdiff_t(sizeof "messageid=");
   if (length < 1 || length > 99) return std::nullopt;
   return cookie.substr(start + 10, size_t(length));
-}
-
-// What an escaped and cleaned value reads back as.
-std::string Cleaned(const std::string& ansi) {
-  std::string out;
-  for (const char c : ansi) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte == 0x92) out += '\'';
-    else if (byte == '\t' || byte == '\n' || (byte >= 0x20 && byte <= 0x7F)) out += c;
-  }
-  return out;
 }
 
 xmlNode* FindElement(xmlNode* node, const char* name) {

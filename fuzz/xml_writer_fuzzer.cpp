@@ -27,6 +27,7 @@
 #define PARCELON_FUZZ_SKIP_CDATA_END_MARKER 0
 #endif
 
+using parcelon::fuzz::Cleaned;
 using parcelon::fuzz::Finding;
 
 namespace {
@@ -59,18 +60,6 @@ std::string PlainText(FuzzedDataProvider& in) {
   const size_t length = in.ConsumeIntegralInRange<size_t>(0, 60);
   for (size_t i = 0; i < length; ++i) text += kPlain[in.ConsumeIntegralInRange<size_t>(0, sizeof kPlain - 2)];
   return text;
-}
-
-// The cleaned form of an escaped value as it reads back: entities give their characters again,
-// 0x92 gives an apostrophe, the bytes outside tab, line feed and 0x20 to 0x7F are gone.
-std::string Cleaned(const std::string& ansi) {
-  std::string out;
-  for (const char c : ansi) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte == 0x92) out += '\'';
-    else if (byte == '\t' || byte == '\n' || (byte >= 0x20 && byte <= 0x7F)) out += c;
-  }
-  return out;
 }
 
 // Windows-1252 bytes as UTF-8, through the platform's own conversion to UTF-16.

@@ -30,7 +30,7 @@ for target in "${targets[@]}"; do
       >"$log" 2>&1; then
     grep -E "stat::number_of_executed_units" "$log" || true
   else
-    tail -n 60 "$log"
+    grep -E "ERROR|FINDING|SUMMARY|runtime error|^    #[0-9] |Test unit written" "$log" | head -n 40 || true
     echo "fuzz ${target}: FINDING (log and input in ${findings}/)" >&2
     status=1
   fi
