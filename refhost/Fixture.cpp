@@ -367,9 +367,12 @@ bool FixtureReader::ReadCustomerReference(const char* field, RecNum& out, Compan
 
 void FixtureReader::Finish() const {
   if (read_.size() == object_.size()) return;
-  for (const auto& [key, value] : object_.items())
+  // An element, not a structured binding: clang 14 cannot capture a binding in a lambda.
+  for (const auto& item : object_.items()) {
+    const std::string& key = item.key();
     if (std::none_of(read_.begin(), read_.end(), [&](const char* f) { return key == f; }))
       Fail(key, "unknown field");
+  }
 }
 
 void FixtureReader::Fail(std::string_view field, const std::string& message) const {

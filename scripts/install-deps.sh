@@ -6,6 +6,7 @@ if [ "$(id -u)" -ne 0 ]; then sudo=sudo; fi
 
 packages=(
   cmake ninja-build pkg-config g++ make
+  clang libclang-rt-14-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   libxml2-dev libinih-dev nlohmann-json3-dev libsqlite3-dev
   g++-mingw-w64-x86-64-posix mingw-w64-tools wine wine64

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs every dependency on a Debian machine, builds both targets (native Linux and the Windows
-# cross build) and runs every test: native debug, native with sanitizers, and Windows under Wine.
+# cross build) and runs every test: native debug, native with sanitizers (then every fuzz target for
+# a short time), and Windows under Wine.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
@@ -18,6 +19,10 @@ for preset in dev asan windows; do
       echo "--- ${bench} --quick"
       "$bench" --quick || status=1
     done
+  fi
+  if [ "$preset" = asan ]; then
+    echo "=== fuzz ==="
+    bash scripts/fuzz.sh 15 || status=1
   fi
 done
 exit $status
