@@ -14,7 +14,6 @@
 #else
 #include <sys/mman.h>
 #include <sys/stat.h>
-#include <unistd.h>
 #endif
 
 #include "diagnostics/Dumps.h"
@@ -160,24 +159,10 @@ bool FileBytes::Map(std::FILE* file, size_t length) {
   data_ = static_cast<BYTE*>(view);
   mappedBytes_ = length + 1;
 #else
-  // Anonymous zero pages reserve the whole extent, so that the zero byte has a page even when the
-  // file ends at a page boundary; the file is mapped over their start. The file's pages are
-  // entered at once (a read fault each would cost more than the read the mapping saves), then
-  // made writable: a write copies the page and leaves the file alone.
-  const size_t page = size_t(sysconf(_SC_PAGESIZE));
-  const size_t extent = (length + page) / page * page;
-  void* area = mmap(nullptr, extent, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (area == MAP_FAILED) return false;
-  struct stat status;
-  if (mmap(area, length, PROT_READ, MAP_PRIVATE | MAP_FIXED | MAP_POPULATE, fileno(file), 0) == MAP_FAILED ||
-      mprotect(area, extent, PROT_READ | PROT_WRITE) != 0 ||
-      // A file cut since its length was measured: reading past its end would raise SIGBUS.
-      fstat(fileno(file), &status) != 0 || status.st_size < static_cast<off_t>(length)) {
-    munmap(area, extent);
-    return false;
-  }
-  data_ = static_cast<BYTE*>(area);
-  mappedBytes_ = extent;
+  // Off Windows nothing stops another process from cutting a mapped file, and a read of a page
+  // past its new end raises SIGBUS: the bytes are always read into memory of our own.
+  (void)file;
+  return false;
 #endif
   // A file that has grown since is cut at the length measured.
   data_[length] = 0;

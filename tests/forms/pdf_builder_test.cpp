@@ -225,7 +225,7 @@ TEST_F(PDFTest, ReadsOrMapsTheWholeFileAndAZeroByte) {
 #ifdef _WIN32
     const bool mapped = size >= kFrom && size % 4096 != 0;  // a view has no room for the zero byte
 #else
-    const bool mapped = size >= kFrom;
+    const bool mapped = false;  // a file another process may cut is never mapped here
 #endif
     EXPECT_EQ(mapped, data.Mapped());
     // The bytes are the process's own: writing them leaves the file alone.
