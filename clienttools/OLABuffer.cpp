@@ -19,18 +19,31 @@ void Wipe(char* data, uint64_t size) {
   explicit_bzero(data, size_t(size));
 #endif
 }
+
+// The fault injection of the tests: allocations counted, and the one that is to fail.
+thread_local uint64_t tAllocations = 0;
+thread_local uint64_t tFailingAllocation = 0;
+
+char* AllocateBlock(uint64_t size) {
+  if (++tAllocations == tFailingAllocation) return nullptr;
+  return static_cast<char*>(std::malloc(size_t(size)));
+}
 }  // namespace
+
+void OLABuffer::FailAllocation(uint64_t n) { tFailingAllocation = n ? tAllocations + n : 0; }
+
+uint64_t OLABuffer::AllocationCount() { return tAllocations; }
 
 OLABuffer::OLABuffer(uint64_t initialSize, uint64_t growthStep)
     : growthStep_(growthStep ? growthStep : kDefaultStep) {
   uint64_t size = initialSize ? initialSize : growthStep_;
   size = std::min(size, MaxSize());
-  data_ = static_cast<char*>(std::malloc(size_t(size)));
+  data_ = AllocateBlock(size);
   if (data_) capacity_ = size;
 }
 
 OLABuffer::~OLABuffer() {
-  Wipe(data_, capacity_);
+  Wipe(data_, written_);
   std::free(data_);
 }
 
@@ -39,10 +52,18 @@ int32_t OLABuffer::EnsureCapacity(uint64_t needed) {
   if (needed > MaxSize()) return kTooLarge;
   const uint64_t shortfall = needed - std::min(needed, capacity_);
   const uint64_t grown = std::min(MaxSize(), capacity_ + std::max({growthStep_, shortfall, capacity_}));
-  auto* fresh = static_cast<char*>(std::realloc(data_, size_t(grown)));
+  // Not realloc: it would copy the whole old block and free it unwiped. Only the content moves,
+  // and only what was ever written of the old block is wiped, so no page is touched in vain.
+  char* fresh = AllocateBlock(grown);
   if (!fresh) return growthStep_ ? kGrowthFailed : kTooLarge;
+  if (data_) {
+    std::memcpy(fresh, data_, length_);
+    Wipe(data_, written_);
+    std::free(data_);
+  }
   data_ = fresh;
   capacity_ = grown;
+  written_ = length_;
   return kOk;
 }
 
@@ -61,8 +82,7 @@ int32_t OLABuffer::Append(const void* bytes, size_t count) {
   if (const int32_t rc = EnsureCapacity(end); rc != kOk) return rc;
   const char* from = inside ? data_ + (source - block) : static_cast<const char*>(bytes);
   std::memmove(data_ + position_, from, count);
-  position_ = uint32_t(end);
-  length_ = position_;
+  CommitTail(count);
   return kOk;
 }
 
@@ -106,11 +126,12 @@ int32_t OLABuffer::SetLength(uint32_t length) {
   if (length > capacity_) return kTooLarge;
   length_ = length;
   position_ = std::min(position_, length_);
+  written_ = std::max<uint64_t>(written_, length_);
   return kOk;
 }
 
 void OLABuffer::Clear(char fill) {
-  if (data_) std::memset(data_, fill, size_t(capacity_));
+  if (data_) std::memset(data_, fill, size_t(written_));
   length_ = position_ = 0;
 }
 

@@ -163,4 +163,46 @@ TEST(OLABuffer, ClearEmpties) {
   EXPECT_EQ(Content(buffer), "new");
 }
 
+// The injected failure hits exactly the allocation named: the first one of a buffer, or a growth,
+// which leaves the content as it was; the allocations after it succeed again.
+TEST(OLABuffer, InjectedAllocationFailures) {
+  OLABuffer::FailAllocation(1);
+  const OLABuffer none(16);
+  EXPECT_EQ(none.GetData(), nullptr);
+  EXPECT_EQ(none.GetCapacity(), 0u);
+
+  OLABuffer buffer(16, 16);
+  ASSERT_EQ(buffer.AppendString("0123456789"), OLABuffer::kOk);
+  const uint64_t before = OLABuffer::AllocationCount();
+  OLABuffer::FailAllocation(1);
+  const std::string more(20, 'm');
+  EXPECT_EQ(buffer.Append(more.data(), more.size()), OLABuffer::kGrowthFailed);
+  EXPECT_EQ(Content(buffer), "0123456789");
+  EXPECT_EQ(buffer.GetCapacity(), 16u);
+  ASSERT_EQ(buffer.Append(more.data(), more.size()), OLABuffer::kOk);
+  EXPECT_EQ(Content(buffer), "0123456789" + more);
+  EXPECT_EQ(OLABuffer::AllocationCount(), before + 2);
+  OLABuffer::FailAllocation(0);
+}
+
+// The wipes cover what was ever written (the high-water mark), which a rewind does not lower and
+// a growth brings to the content it moved.
+TEST(OLABuffer, HighWaterMark) {
+  OLABuffer buffer(16, 16);
+  ASSERT_EQ(buffer.AppendString("0123456789"), OLABuffer::kOk);
+  buffer.Rewind();
+  ASSERT_EQ(buffer.AppendString("abc"), OLABuffer::kOk);
+  EXPECT_EQ(Content(buffer), "abc");
+  EXPECT_EQ(buffer.GetWritten(), 10u);
+  ASSERT_EQ(buffer.SetLength(12), OLABuffer::kOk);
+  EXPECT_EQ(buffer.GetWritten(), 12u);
+  ASSERT_EQ(buffer.SetPosition(3), OLABuffer::kOk);
+  ASSERT_EQ(buffer.SetLength(0), OLABuffer::kOk);
+  ASSERT_EQ(buffer.Reserve(100), OLABuffer::kOk);
+  EXPECT_EQ(buffer.GetWritten(), 3u) << "only the content moves to the new block";
+  EXPECT_EQ(Content(buffer), "abc");
+  buffer.Clear('\0');
+  EXPECT_EQ(buffer.GetLength(), 0u);
+}
+
 }  // namespace
