@@ -205,4 +205,24 @@ TEST(OLABuffer, HighWaterMark) {
   EXPECT_EQ(buffer.GetLength(), 0u);
 }
 
+// Large blocks (mapped where the system allows) keep their content through growth and through a
+// failed growth alike.
+TEST(OLABuffer, LargeBlocksGrowWithTheirContent) {
+  OLABuffer buffer(1 << 20, 1 << 20);
+  std::string expected;
+  for (int i = 0; expected.size() < (5u << 20); ++i) {
+    const std::string piece = std::to_string(i) + ";";
+    if (i % 50000 == 0) {
+      OLABuffer::FailAllocation(1);
+      const std::string tooMuch(size_t(buffer.GetCapacity() - buffer.GetLength() + 1), 'x');
+      EXPECT_EQ(buffer.Append(tooMuch.data(), tooMuch.size()), OLABuffer::kGrowthFailed);
+      OLABuffer::FailAllocation(0);
+    }
+    ASSERT_EQ(buffer.AppendString(piece.c_str()), OLABuffer::kOk);
+    expected += piece;
+  }
+  EXPECT_EQ(Content(buffer), expected);
+  EXPECT_GE(buffer.GetWritten(), expected.size());
+}
+
 }  // namespace
