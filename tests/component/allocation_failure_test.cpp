@@ -8,15 +8,13 @@
 #include <vector>
 
 #include "clienttools/OLABuffer.h"
-#include "component/ClassObjects.h"
+#include "component/SampleSendTest.h"
 #include "diagnostics/FakeHost.h"
-#include "forms/FormsTestHost.h"
 #include "tools/SendDriver.h"
 
 namespace parcelon::test {
 namespace {
 
-const std::string kSources = PARCELON_SOURCE_DIR;
 const std::string kOutOfMemory = HexCode(E_OUTOFMEMORY);
 const std::string kSessionPrefix = "Parcelon:CNA_Forms::BuildXML(short, BSTR*): ";
 const std::string kFormPrefix = "Parcelon:CNA_Form::BuildXML(short, BSTR*): ";
@@ -24,36 +22,19 @@ const std::string kFormPrefix = "Parcelon:CNA_Form::BuildXML(short, BSTR*): ";
 // Invoice 1001 by e-mail with every address; `textLength` characters of e-mail text make both
 // the form's and the session's document grow several times.
 tools::FormSpec EMailedInvoice(size_t textLength) {
-  tools::FormSpec form;
-  form.type = naftINVOICE;
-  form.recNum = 1001;
-  form.send = nastEMAIL;
-  form.to = "siobhan@obrien.example";
+  tools::FormSpec form = SampleForm(naftINVOICE, 1001, nastEMAIL);
   form.cc = "accounts@obrien.example";
   form.bcc = "archive@harborpine.example";
-  form.from = "office@harborpine.example";
   form.replyTo = "billing@harborpine.example";
-  form.subject = "Your invoice from Harbor & Pine";
   form.text = std::string(textLength, 't');
-  form.pdf = kSources + "/samples/invoice-1001.pdf";
   return form;
 }
 
-class AllocationFailureTest : public FormsTest, public ::testing::WithParamInterface<size_t> {
+class AllocationFailureTest : public SampleSendTest, public ::testing::WithParamInterface<size_t> {
  protected:
-  void SetUp() override {
-    FormsTest::SetUp();
-    UseCompany(ReadFile(kSources + "/samples/sample-company.json"));
-    WriteSettings(
-        "[URLs]\nEmailService.FormGatewayURL=https://forms.gateway.example/lxn/forms\n"
-        "EmailService.FormGatewayAttachURL=https://forms.gateway.example/lxn/attachments\n");
-    classes_.emplace();
-    ASSERT_EQ(S_OK, classes_->Result());
-  }
   void TearDown() override {
     OLABuffer::FailAllocation(0);
-    classes_.reset();
-    FormsTest::TearDown();
+    SampleSendTest::TearDown();
   }
 
   // The send's transcript and result, with the `n`th document allocation failing (0: none), and
@@ -71,8 +52,6 @@ class AllocationFailureTest : public FormsTest, public ::testing::WithParamInter
     transcript = WithoutTrnUIDs(transcript);
     return hr;
   }
-
-  std::optional<ClassObjectRegistration> classes_;
 };
 
 TEST_P(AllocationFailureTest, EveryRunGivesTheWholeRequestOrNoText) {
