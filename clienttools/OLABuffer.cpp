@@ -5,6 +5,9 @@
 #include <cstring>
 
 #include "platform/ComBase.h"
+#ifdef __linux__
+#include <sys/mman.h>
+#endif
 
 namespace {
 constexpr uint64_t kDefaultStep = 512;
@@ -19,27 +22,99 @@ void Wipe(char* data, uint64_t size) {
   explicit_bzero(data, size_t(size));
 #endif
 }
+
+// The fault injection of the tests: allocations counted, and the one that is to fail.
+thread_local uint64_t tAllocations = 0;
+thread_local uint64_t tFailingAllocation = 0;
+
+bool AllocationMayGoOn() { return ++tAllocations != tFailingAllocation; }
+
+#ifdef __linux__
+// Blocks of a megabyte and more are mapped in whole huge pages: a large document then costs a
+// page fault per 2 MiB instead of per 4 KiB, and grows with mremap, which moves the pages with
+// their content instead of copying it (nothing stays behind in freed memory, nothing is touched
+// twice). Whether a block is mapped follows from its size.
+constexpr uint64_t kMappedBlock = uint64_t(1) << 20;
+constexpr uint64_t kHugePage = uint64_t(2) << 20;
+
+bool IsMapped(uint64_t size) { return size >= kMappedBlock; }
+uint64_t MappedSize(uint64_t size) { return (size + kHugePage - 1) / kHugePage * kHugePage; }
+#endif
+
+// A new block of at least `size` bytes (`size` becomes its real size); null when memory is out.
+char* NewBlock(uint64_t& size) {
+  if (!AllocationMayGoOn()) return nullptr;
+#ifdef __linux__
+  if (IsMapped(size)) {
+    size = MappedSize(size);
+    void* block = mmap(nullptr, size_t(size), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (block == MAP_FAILED) return nullptr;
+    madvise(block, size_t(size), MADV_HUGEPAGE);
+    return static_cast<char*>(block);
+  }
+#endif
+  return static_cast<char*>(std::malloc(size_t(size)));
+}
+
+void FreeBlock(char* block, uint64_t size) {
+#ifdef __linux__
+  if (IsMapped(size)) {
+    munmap(block, size_t(size));
+    return;
+  }
+#endif
+  (void)size;
+  std::free(block);
+}
+
+// `block` grown to at least `size` bytes (`size` becomes its real size) with its first `length`
+// bytes kept. A copy wipes the old block up to `written`, which then covers the content only;
+// pages moved whole keep their high-water mark. Null, the old block untouched, when memory is out.
+char* GrowBlock(char* block, uint64_t oldSize, uint64_t length, uint64_t& written, uint64_t& size) {
+#ifdef __linux__
+  if (IsMapped(oldSize)) {
+    if (!AllocationMayGoOn()) return nullptr;
+    size = MappedSize(size);
+    void* moved = mremap(block, size_t(oldSize), size_t(size), MREMAP_MAYMOVE);
+    return moved == MAP_FAILED ? nullptr : static_cast<char*>(moved);
+  }
+#endif
+  // Not realloc: it would copy the whole old block and free it unwiped.
+  char* fresh = NewBlock(size);
+  if (!fresh) return nullptr;
+  std::memcpy(fresh, block, size_t(length));
+  Wipe(block, written);
+  FreeBlock(block, oldSize);
+  written = length;
+  return fresh;
+}
 }  // namespace
+
+void OLABuffer::FailAllocation(uint64_t n) { tFailingAllocation = n ? tAllocations + n : 0; }
+
+uint64_t OLABuffer::AllocationCount() { return tAllocations; }
 
 OLABuffer::OLABuffer(uint64_t initialSize, uint64_t growthStep)
     : growthStep_(growthStep ? growthStep : kDefaultStep) {
-  uint64_t size = initialSize ? initialSize : growthStep_;
-  size = std::min(size, MaxSize());
-  data_ = static_cast<char*>(std::malloc(size_t(size)));
+  uint64_t size = std::min(initialSize ? initialSize : growthStep_, MaxSize());
+  data_ = NewBlock(size);
   if (data_) capacity_ = size;
 }
 
 OLABuffer::~OLABuffer() {
-  Wipe(data_, capacity_);
-  std::free(data_);
+  if (!data_) return;
+  Wipe(data_, written_);
+  FreeBlock(data_, capacity_);
 }
 
 int32_t OLABuffer::EnsureCapacity(uint64_t needed) {
   if (needed <= capacity_ && data_) return kOk;
   if (needed > MaxSize()) return kTooLarge;
   const uint64_t shortfall = needed - std::min(needed, capacity_);
-  const uint64_t grown = std::min(MaxSize(), capacity_ + std::max({growthStep_, shortfall, capacity_}));
-  auto* fresh = static_cast<char*>(std::realloc(data_, size_t(grown)));
+  uint64_t grown = std::min(MaxSize(), capacity_ + std::max({growthStep_, shortfall, capacity_}));
+  // Only the content moves, and only what was ever written of the old block is wiped, so that
+  // no page is touched in vain.
+  char* fresh = data_ ? GrowBlock(data_, capacity_, length_, written_, grown) : NewBlock(grown);
   if (!fresh) return growthStep_ ? kGrowthFailed : kTooLarge;
   data_ = fresh;
   capacity_ = grown;
@@ -61,8 +136,7 @@ int32_t OLABuffer::Append(const void* bytes, size_t count) {
   if (const int32_t rc = EnsureCapacity(end); rc != kOk) return rc;
   const char* from = inside ? data_ + (source - block) : static_cast<const char*>(bytes);
   std::memmove(data_ + position_, from, count);
-  position_ = uint32_t(end);
-  length_ = position_;
+  CommitTail(count);
   return kOk;
 }
 
@@ -106,11 +180,12 @@ int32_t OLABuffer::SetLength(uint32_t length) {
   if (length > capacity_) return kTooLarge;
   length_ = length;
   position_ = std::min(position_, length_);
+  written_ = std::max<uint64_t>(written_, length_);
   return kOk;
 }
 
 void OLABuffer::Clear(char fill) {
-  if (data_) std::memset(data_, fill, size_t(capacity_));
+  if (data_) std::memset(data_, fill, size_t(written_));
   length_ = position_ = 0;
 }
 

@@ -1,4 +1,5 @@
-// OLABuffer: the growable byte buffer under every document; wiped before it is freed.
+// OLABuffer: the growable byte buffer under every document; what was written is wiped before the
+// memory holding it is freed.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +29,8 @@ class OLABuffer {
   int32_t AppendString(const char* text);
 
   // Room for `count` more bytes at the position, for a writer that fills it directly and then
-  // calls CommitTail with what it wrote; null when the room cannot be made.
+  // calls CommitTail with what it wrote (at most `count`); null when the room cannot be made
+  // (Reserve of the same total tells why).
   char* ReserveTail(size_t count) {
     const uint64_t end = uint64_t(position_) + count;
     if (end > capacity_ && EnsureCapacity(end) != kOk) return nullptr;
@@ -37,12 +39,15 @@ class OLABuffer {
   void CommitTail(size_t count) {
     position_ = uint32_t(position_ + count);
     length_ = position_;
+    if (length_ > written_) written_ = length_;
   }
 
   const char* GetData() const { return data_; }
   uint32_t GetLength() const { return length_; }
   uint32_t GetPosition() const { return position_; }
   uint64_t GetCapacity() const { return capacity_; }
+  // How far the block has ever been written (its high-water mark): what the wipes cover.
+  uint64_t GetWritten() const { return written_; }
 
   // Makes room for `total` bytes in all.
   int32_t Reserve(uint64_t total);
@@ -54,9 +59,19 @@ class OLABuffer {
   int32_t SetPosition(uint32_t position);
   // Sets the length; 0 means: to the position. Refused beyond the capacity.
   int32_t SetLength(uint32_t length);
-  // Overwrites the content with `fill` and empties the buffer.
+  // Overwrites everything written with `fill` and empties the buffer.
   void Clear(char fill);
+  // Empties the buffer and keeps its memory, so that the next document is written in place; the
+  // old text is overwritten by the new one and wiped with the block.
+  void Rewind() { length_ = position_ = 0; }
   bool Equals(const OLABuffer& other) const;
+
+  // Fault injection for tests: the `n`th allocation of a block from now on (1: the next one; the
+  // first allocation of a buffer and every growth count) fails as if memory had run out; 0 turns
+  // it off. Per thread.
+  static void FailAllocation(uint64_t n);
+  // Blocks allocated by this thread so far (failed ones included).
+  static uint64_t AllocationCount();
 
  private:
   // Room for `needed` bytes in all; grows geometrically so that appends stay linear.
@@ -67,4 +82,5 @@ class OLABuffer {
   uint64_t growthStep_ = 0;
   uint32_t length_ = 0;
   uint32_t position_ = 0;
+  uint64_t written_ = 0;  // high-water mark of the length
 };

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <string_view>
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -50,16 +51,7 @@ constexpr std::array<uint8_t, 256> kByteActions = MakeByteActions();
 constexpr size_t kLongestEntity = 6;
 
 char* Put(char* out, const char* bytes, size_t count) {
-  std::memcpy(out, bytes, count);
-  return out + count;
-}
-
-char* Put(char* out, XmlName name) { return Put(out, name.Text(), name.Length()); }
-
-char* Put(char* out, const OLAString& text) { return Put(out, text.GetText(), size_t(text.GetLength())); }
-
-char* PutSpaces(char* out, size_t count) {
-  if (count > 0) std::memset(out, ' ', count);
+  if (count > 0) std::memcpy(out, bytes, count);
   return out + count;
 }
 
@@ -97,76 +89,162 @@ char* PutEscaped(char* out, const char* bytes, size_t count) {
   return Put(out, bytes + runStart, count - runStart);
 }
 
+// ---- The pieces of a line ------------------------------------------------------------------
+// Each piece knows the longest text it can write (Size) and writes it (Put). An operation lists
+// the pieces of its line once, and Emit reserves the sum of their sizes before putting them, so
+// the room reserved and the text written come from the same list and cannot disagree.
+
+struct Bytes {
+  const char* text;
+  size_t count;
+  size_t Size() const { return count; }
+  char* Put(char* out) const { return ::Put(out, text, count); }
+};
+
+template <size_t N>
+Bytes Lit(const char (&text)[N]) {
+  return {text, N - 1};
+}
+Bytes Name(XmlName name) { return {name.Text(), name.Length()}; }
+Bytes Text(const OLAString& text) { return {text.GetText(), size_t(text.GetLength())}; }
+
+struct Repeat {
+  char c;
+  size_t count;
+  size_t Size() const { return count; }
+  char* Put(char* out) const {
+    if (count > 0) std::memset(out, c, count);
+    return out + count;
+  }
+};
+
+Repeat Spaces(size_t count) { return {' ', count}; }
+
+// Escaped and cleaned: each byte becomes at most one entity.
+struct Escaped {
+  const char* text;
+  size_t count;
+  size_t Size() const { return kLongestEntity * count; }
+  char* Put(char* out) const { return PutEscaped(out, text, count); }
+};
+
+// Either the bytes as they are or escaped and cleaned.
+struct Content {
+  const char* text;
+  size_t count;
+  bool escape;
+  size_t Size() const { return escape ? Escaped{text, count}.Size() : count; }
+  char* Put(char* out) const { return escape ? Escaped{text, count}.Put(out) : ::Put(out, text, count); }
+};
+
+// A CDATA section of the bytes as they are. A "]]>" inside would end the section early, so the
+// section is split between its "]]" and its ">", as pugixml writes it: "]]" ends one section and
+// the ">" opens the next.
+struct CData {
+  static constexpr std::string_view kOpen = "<![CDATA[";
+  static constexpr std::string_view kClose = "]]>";
+  std::string_view text;
+
+  size_t Size() const {
+    size_t sections = 1;
+    for (size_t at = text.find(kClose); at != std::string_view::npos; at = text.find(kClose, at + 2)) ++sections;
+    return text.size() + sections * (kOpen.size() + kClose.size());
+  }
+  char* Put(char* out) const {
+    size_t from = 0;
+    do {
+      const size_t close = text.find(kClose, from);
+      const size_t to = close == std::string_view::npos ? text.size() : close + 2;
+      out = ::Put(out, kOpen.data(), kOpen.size());
+      out = ::Put(out, text.data() + from, to - from);
+      out = ::Put(out, kClose.data(), kClose.size());
+      from = to;
+    } while (from < text.size());
+    return out;
+  }
+};
+
+// The attributes of a start tag: ` key="value"` for each pair up to the first empty key.
+struct Attributes {
+  const OLAString* pairs;
+  size_t Size() const {
+    size_t size = 0;
+    for (const OLAString* pair = pairs; pair && !pair[0].IsEmpty(); pair += 2)
+      size += Lit(" ").Size() + Text(pair[0]).Size() + Lit("=\"").Size() + Text(pair[1]).Size() + Lit("\"").Size();
+    return size;
+  }
+  char* Put(char* out) const {
+    for (const OLAString* pair = pairs; pair && !pair[0].IsEmpty(); pair += 2) {
+      out = Lit(" ").Put(out);
+      out = Text(pair[0]).Put(out);
+      out = Lit("=\"").Put(out);
+      out = Text(pair[1]).Put(out);
+      out = Lit("\"").Put(out);
+    }
+    return out;
+  }
+};
+
 }  // namespace
 
 XMLBuilder::XMLBuilder() : XMLBuilder(0, kDefaultCapacity) {}
 
 XMLBuilder::XMLBuilder(uint32_t depth, uint64_t capacity)
-    : buffer_(new (std::nothrow) OLABuffer(capacity, capacity)), depth_(depth) {
-  // A buffer whose first allocation failed is as good as none.
-  if (buffer_ && !buffer_->GetData()) {
-    delete buffer_;
-    buffer_ = nullptr;
-  }
-}
+    : buffer_(NewBuffer(capacity)), depth_(depth), capacity_(capacity), failure_(buffer_ ? S_OK : E_OUTOFMEMORY) {}
 
 XMLBuilder::~XMLBuilder() { delete buffer_; }
 
-// Reserves room for the longest text `fill` can write, lets it write there directly, and keeps
-// what it wrote: one capacity check per line instead of one per piece.
-template <class Fill>
-uint32_t XMLBuilder::Emit(size_t longest, Fill fill) {
-  if (!buffer_) return kNoBuffer;
-  char* start = buffer_->ReserveTail(longest);
-  if (!start) return kNoBuffer;
-  buffer_->CommitTail(size_t(fill(start) - start));
-  return kDone;
+// A buffer whose first allocation failed is as good as none.
+OLABuffer* XMLBuilder::NewBuffer(uint64_t capacity) {
+  auto* buffer = new (std::nothrow) OLABuffer(capacity, capacity);
+  if (buffer && !buffer->GetData()) {
+    delete buffer;
+    buffer = nullptr;
+  }
+  return buffer;
 }
 
-uint32_t XMLBuilder::Write(const char* bytes, size_t count) {
-  return Emit(count, [&](char* out) { return Put(out, bytes, count); });
+void XMLBuilder::Clear(uint32_t depth) {
+  depth_ = depth;
+  if (buffer_)
+    buffer_->Rewind();
+  else
+    buffer_ = NewBuffer(capacity_);
+  failure_ = buffer_ ? S_OK : E_OUTOFMEMORY;
+}
+
+char* XMLBuilder::Reserve(size_t count) {
+  if (FAILED(failure_)) return nullptr;
+  if (char* out = buffer_->ReserveTail(count)) return out;
+  failure_ = uint64_t(buffer_->GetPosition()) + count > buffer_->MaxSize() ? E_INVALIDARG : E_OUTOFMEMORY;
+  return nullptr;
+}
+
+template <class... Pieces>
+uint32_t XMLBuilder::Emit(const Pieces&... pieces) {
+  char* const start = Reserve((size_t(0) + ... + pieces.Size()));
+  if (!start) return kNoBuffer;
+  char* out = start;
+  ((out = pieces.Put(out)), ...);
+  buffer_->CommitTail(size_t(out - start));
+  return kDone;
 }
 
 // Two spaces per level when the indentation switch is on; the switch is read at every line so
 // that a change to the settings applies at once.
 size_t XMLBuilder::IndentWidth() const {
-  if (depth_ < 1 || !buffer_ || !AmbitAccess::GetFeatureParamAsBool(kSettingsSection, kIndentKey, nullptr)) return 0;
+  if (depth_ < 1 || FAILED(failure_) || !AmbitAccess::GetFeatureParamAsBool(kSettingsSection, kIndentKey, nullptr))
+    return 0;
   return size_t(depth_) * 2;
 }
 
 uint32_t XMLBuilder::WriteTextElement(XmlName name, const char* content, size_t count, bool escape) {
-  const size_t indent = IndentWidth();
-  const size_t longest = indent + 2 * name.Length() + 5 + (escape ? kLongestEntity * count : count);
-  return Emit(longest, [&](char* out) {
-    out = PutSpaces(out, indent);
-    *out++ = '<';
-    out = Put(out, name);
-    *out++ = '>';
-    out = escape ? PutEscaped(out, content, count) : Put(out, content, count);
-    out = Put(out, "</", 2);
-    out = Put(out, name);
-    return Put(out, ">\n", 2);
-  });
+  return Emit(Spaces(IndentWidth()), Lit("<"), Name(name), Lit(">"), Content{content, count, escape}, Lit("</"),
+              Name(name), Lit(">\n"));
 }
 
 uint32_t XMLBuilder::OpenAggregateWithAttributes(XmlName name, const OLAString* attributes) {
-  const size_t indent = IndentWidth();
-  size_t longest = indent + name.Length() + 3;
-  for (const OLAString* pair = attributes; pair && !pair[0].IsEmpty(); pair += 2)
-    longest += size_t(pair[0].GetLength()) + size_t(pair[1].GetLength()) + 4;
-  const uint32_t rc = Emit(longest, [&](char* out) {
-    out = PutSpaces(out, indent);
-    *out++ = '<';
-    out = Put(out, name);
-    for (const OLAString* pair = attributes; pair && !pair[0].IsEmpty(); pair += 2) {
-      *out++ = ' ';
-      out = Put(out, pair[0]);
-      out = Put(out, "=\"", 2);
-      out = Put(out, pair[1]);
-      *out++ = '"';
-    }
-    return Put(out, ">\n", 2);
-  });
+  const uint32_t rc = Emit(Spaces(IndentWidth()), Lit("<"), Name(name), Attributes{attributes}, Lit(">\n"));
   ++depth_;
   return rc;
 }
@@ -175,33 +253,18 @@ uint32_t XMLBuilder::OpenAggregate(XmlName name) { return OpenAggregateWithAttri
 
 uint32_t XMLBuilder::CloseAggregate(XmlName name) {
   --depth_;  // callers pair opens and closes; the depth is not checked
-  const size_t indent = IndentWidth();
-  return Emit(indent + name.Length() + 4, [&](char* out) {
-    out = PutSpaces(out, indent);
-    out = Put(out, "</", 2);
-    out = Put(out, name);
-    return Put(out, ">\n", 2);
-  });
+  return Emit(Spaces(IndentWidth()), Lit("</"), Name(name), Lit(">\n"));
 }
 
-uint32_t XMLBuilder::AppendRaw(const char* text) { return text ? Write(text, std::strlen(text)) : Write("", 0); }
+uint32_t XMLBuilder::AppendRaw(const char* text) {
+  return Emit(Bytes{text, text ? std::strlen(text) : 0});
+}
 
 uint32_t XMLBuilder::AppendText(const OLAString& text, bool addNewline, bool escape) {
-  const size_t count = size_t(text.GetLength());
-  return Emit((escape ? kLongestEntity * count : count) + 1, [&](char* out) {
-    out = escape ? PutEscaped(out, text.GetText(), count) : Put(out, text);
-    if (addNewline) *out++ = '\n';
-    return out;
-  });
+  return Emit(Content{text.GetText(), size_t(text.GetLength()), escape}, Repeat{'\n', addNewline ? 1u : 0u});
 }
 
-uint32_t XMLBuilder::AppendNewlines(int16_t count) {
-  const size_t lines = count > 0 ? size_t(count) : 0;
-  return Emit(lines, [&](char* out) {
-    std::memset(out, '\n', lines);
-    return out + lines;
-  });
-}
+uint32_t XMLBuilder::AppendNewlines(int16_t count) { return Emit(Repeat{'\n', count > 0 ? size_t(count) : 0}); }
 
 uint32_t XMLBuilder::AddNotDoneElement(XmlName name) { return WriteTextElement(name, "NOT DONE"); }
 
@@ -236,46 +299,19 @@ uint32_t XMLBuilder::AddCDataElement(XmlName name, BSTR value) {
 }
 
 uint32_t XMLBuilder::AddCDataElement(XmlName name, const OLAString& value) {
-  const size_t indent = IndentWidth();
-  return Emit(indent + 2 * name.Length() + 17 + size_t(value.GetLength()), [&](char* out) {
-    out = PutSpaces(out, indent);
-    *out++ = '<';
-    out = Put(out, name);
-    out = Put(out, "><![CDATA[", 10);
-    out = Put(out, value);
-    out = Put(out, "]]></", 5);
-    out = Put(out, name);
-    return Put(out, ">\n", 2);
-  });
+  return Emit(Spaces(IndentWidth()), Lit("<"), Name(name), Lit(">"),
+              CData{{value.GetText(), size_t(value.GetLength())}}, Lit("</"), Name(name), Lit(">\n"));
 }
 
 uint32_t XMLBuilder::AddHeaderLine(const OLAString& name, const OLAString& value) {
-  return Emit(size_t(name.GetLength()) + size_t(value.GetLength()) + 2, [&](char* out) {
-    out = Put(out, name);
-    *out++ = ':';
-    out = Put(out, value);
-    *out++ = '\n';
-    return out;
-  });
+  return Emit(Text(name), Lit(":"), Text(value), Lit("\n"));
 }
 
 uint32_t XMLBuilder::AddComment(const OLAString& text) {
-  const size_t indent = IndentWidth();
-  return Emit(indent + size_t(text.GetLength()) + 8, [&](char* out) {
-    out = PutSpaces(out, indent);
-    out = Put(out, "<!--", 4);
-    out = Put(out, text);
-    return Put(out, "-->\n", 4);
-  });
+  return Emit(Spaces(IndentWidth()), Lit("<!--"), Text(text), Lit("-->\n"));
 }
 
-uint32_t XMLBuilder::AddStartTag(XmlName name) {
-  return Emit(name.Length() + 3, [&](char* out) {
-    *out++ = '<';
-    out = Put(out, name);
-    return Put(out, ">\n", 2);
-  });
-}
+uint32_t XMLBuilder::AddStartTag(XmlName name) { return Emit(Lit("<"), Name(name), Lit(">\n")); }
 
 uint32_t XMLBuilder::AddIntElement(XmlName name, int32_t value) {
   char text[16];
@@ -300,6 +336,7 @@ uint32_t XMLBuilder::AddDoubleElement(XmlName name, double value) {
 
 uint32_t XMLBuilder::AddHostAmountElement(XmlName name, IAmount* amount, bool omitIfEmpty) {
   const IAmountPtr owned = IAmountPtr::Attach(amount);
+  if (FAILED(failure_)) return kNoBuffer;
   if (!owned) throw ComError(E_POINTER);
   Bstr text;
   HRESULT hr = owned->Prepare(-1);
@@ -318,6 +355,7 @@ uint32_t XMLBuilder::AddHostAmountElement(XmlName name, IAmount* amount, bool om
 }
 
 uint32_t XMLBuilder::WriteValueElement(XmlName name, OLAPrecisionInteger& value) {
+  if (FAILED(failure_)) return kNoBuffer;
   if (!value.IsValid()) return kValueNotSet;
   const char* text = value.ToString();
   if (!text || !*text) return kValueNotSet;
@@ -335,6 +373,7 @@ uint32_t XMLBuilder::AddPrecisionElement2(XmlName name, OLAPrecisionInteger valu
 }
 
 uint32_t XMLBuilder::AddDateTimeElement(XmlName name, double date) {
+  if (FAILED(failure_)) return kNoBuffer;
   OLADateTime value;
   OLAString text;
   if (!value.SetFromOleDate(date) || !value.FormatXML(text)) return kValueNotSet;
@@ -342,6 +381,7 @@ uint32_t XMLBuilder::AddDateTimeElement(XmlName name, double date) {
 }
 
 uint32_t XMLBuilder::AddZonedDateTimeElement(XmlName name, double date) {
+  if (FAILED(failure_)) return kNoBuffer;
   OLADateTime value;
   OLAString text;
   if (!value.SetFromOleDate(date)) return kValueNotSet;
@@ -351,6 +391,7 @@ uint32_t XMLBuilder::AddZonedDateTimeElement(XmlName name, double date) {
 }
 
 uint32_t XMLBuilder::AddCompactDateElement(XmlName name, double date) {
+  if (FAILED(failure_)) return kNoBuffer;
   OLADateTime value;
   if (!value.SetFromOleDate(date)) return kValueNotSet;
   char text[32];
@@ -364,6 +405,7 @@ uint32_t XMLBuilder::AddBoolElement(XmlName name, VARIANT_BOOL value) {
 }
 
 uint32_t XMLBuilder::AddAddressElement(XmlName name, IAddress* address) {
+  if (FAILED(failure_)) return kNoBuffer;
   if (!address) throw ComError(E_POINTER);
   struct Field {
     const char* element;
@@ -391,7 +433,7 @@ uint32_t XMLBuilder::AddAddressElement(XmlName name, IAddress* address) {
 }
 
 uint32_t XMLBuilder::WriteToFile(const OLAString& path) {
-  if (!buffer_) return kNoBuffer;
+  if (FAILED(failure_)) return kNoBuffer;
   FILE* file = parcelon::OpenRedirectedFile(path.GetText(), "wb");
   if (!file) return kDone;  // a file that cannot be opened is skipped without report
   std::fwrite(buffer_->GetData(), 1, buffer_->GetLength(), file);
@@ -405,10 +447,10 @@ uint32_t XMLBuilder::DumpToTempFile() {
   return WriteToFile(path);
 }
 
-void XMLBuilder::GetXMLAsBSTR(BSTR* out) const {
-  if (!out) throw ComError(E_POINTER);
+HRESULT XMLBuilder::GetXMLAsBSTR(BSTR* out) const {
+  if (!out) return E_POINTER;
   *out = nullptr;
-  if (!buffer_ || buffer_->GetLength() == 0) return;
-  if (buffer_->GetLength() > uint32_t(INT32_MAX)) throw ComError(E_INVALIDARG);
-  ThrowIfFailed(parcelon::AnsiToBstr(buffer_->GetData(), buffer_->GetLength(), out));
+  if (FAILED(failure_)) return failure_;
+  if (buffer_->GetLength() > uint32_t(INT32_MAX)) return E_INVALIDARG;
+  return parcelon::AnsiToBstr(buffer_->GetData(), buffer_->GetLength(), out);
 }

@@ -29,7 +29,7 @@ class XMLBuilder {
   static constexpr uint32_t kDone = 0;
   static constexpr uint32_t kOptionalEmpty = 1;  // nothing written: an optional value was empty
   static constexpr uint32_t kValueNotSet = 2;    // nothing written: the value is unset or invalid
-  static constexpr uint32_t kNoBuffer = 3;
+  static constexpr uint32_t kNoBuffer = 3;  // nothing written: no buffer, or it could not grow
 
   static constexpr uint64_t kDefaultCapacity = 51200;
 
@@ -40,6 +40,16 @@ class XMLBuilder {
   XMLBuilder(const XMLBuilder&) = delete;
   XMLBuilder& operator=(const XMLBuilder&) = delete;
   virtual ~XMLBuilder();
+
+  // The first failure of the writer itself (no buffer, a buffer that could not grow or would pass
+  // its size limit), as an HRESULT: E_OUTOFMEMORY, or E_INVALIDARG for a document too large; S_OK
+  // while every write succeeded. Once failed, the builder stays failed: every operation writes
+  // nothing and reports kNoBuffer, so a document with a hole in it can never be handed out.
+  [[nodiscard]] HRESULT Status() const { return failure_; }
+
+  // Empties the document and starts again at `depth`, keeping the buffer's memory for the next
+  // one; a failure is forgotten (a builder without buffer tries to allocate one again).
+  void Clear(uint32_t depth);
 
   // The operations keep their slot order: a derived writer may replace any of them.
   // `attributes` is read two strings at a time and ends at the first empty key; attribute values
@@ -79,17 +89,22 @@ class XMLBuilder {
   virtual uint32_t WriteToFile(const OLAString& path);
   virtual uint32_t DumpToTempFile();
 
-  // The whole buffer as a new BSTR (null when empty). Throws ComError: E_INVALIDARG when the text
-  // does not fit a BSTR, E_OUTOFMEMORY when the conversion cannot allocate.
-  void GetXMLAsBSTR(BSTR* out) const;
+  // The whole buffer as a new BSTR (null when empty). Fails with Status() after a failed write,
+  // E_POINTER for a null `out`, E_INVALIDARG when the text does not fit a BSTR and E_OUTOFMEMORY
+  // when the conversion cannot allocate; `out` is then null.
+  [[nodiscard]] HRESULT GetXMLAsBSTR(BSTR* out) const;
 
   const OLABuffer* Buffer() const { return buffer_; }
   uint32_t Depth() const { return depth_; }
 
  private:
-  template <class Fill>
-  uint32_t Emit(size_t longest, Fill fill);
-  uint32_t Write(const char* bytes, size_t count);
+  // Writes the pieces of one line (see XMLBuilder.cpp) after one capacity check for their longest
+  // text; the first write that cannot be made fails the builder.
+  template <class... Pieces>
+  uint32_t Emit(const Pieces&... pieces);
+  // Room for `count` more bytes, or null after recording the failure.
+  char* Reserve(size_t count);
+  static OLABuffer* NewBuffer(uint64_t capacity);
   size_t IndentWidth() const;
   // indentation, <name>, content (escaped and cleaned when asked), </name>, newline
   uint32_t WriteTextElement(XmlName name, const char* content, size_t count, bool escape);
@@ -100,5 +115,7 @@ class XMLBuilder {
 
   OLABuffer* buffer_;
   uint32_t depth_;
+  uint64_t capacity_;  // the buffer's initial size and growth step
+  HRESULT failure_;
   std::string scratch_;  // reused for BSTR conversions, so a run of elements allocates nothing
 };

@@ -288,7 +288,12 @@ HRESULT CNA_Forms::BuildXML(short indentLevel, BSTR* pXML) {
   if (!pXML) return E_POINTER;
   *pXML = nullptr;
   return Guarded([&] {
-    XMLBuilder builder(uint32_t(std::max<short>(indentLevel, 0)), kBuilderCapacity);
+    const uint32_t depth = uint32_t(std::max<short>(indentLevel, 0));
+    if (request_)
+      request_->Clear(depth);
+    else
+      request_.emplace(depth, kBuilderCapacity);
+    XMLBuilder& builder = *request_;
 
     NAFormType type = naftINVOICE;
     RETURN_IF_FAILED_LOG(CurrentFormType(type), kBuildXMLPrefix,
@@ -317,11 +322,11 @@ HRESULT CNA_Forms::BuildXML(short indentLevel, BSTR* pXML) {
         if (!formXML.Empty()) {
           std::string text;
           if (!parcelon::WideToAnsi(formXML.Get(), formXML.Length(), text)) return E_OUTOFMEMORY;
-          if (builder.AppendRaw(text.c_str()) == XMLBuilder::kNoBuffer) return E_OUTOFMEMORY;
+          builder.AppendRaw(text.c_str());
         }
       }
     }
-    builder.GetXMLAsBSTR(pXML);
+    RETURN_IF_FAILED_LOG(builder.GetXMLAsBSTR(pXML), kBuildXMLPrefix, "Failed to write the request.");
     return S_OK;
   });
 }

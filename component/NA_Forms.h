@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "component/ComObject.h"
@@ -123,4 +124,6 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
   Bstr authid_;
   // Set when the response accepts this pass's data upload; cleared when the pass ends.
   bool dataUploadAccepted_ = false;
+  // The form pass's request, cleared and written anew by every pass in the same memory.
+  std::optional<XMLBuilder> request_;
 };

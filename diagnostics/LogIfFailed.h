@@ -33,7 +33,7 @@ inline HRESULT LogIfFailed(HRESULT hr, const char* prefix, const char* message) 
 // Runs `action` and turns a ComError raised inside it (a failed host conversion) into its HRESULT,
 // and running out of memory into E_OUTOFMEMORY; S_OK when it returns normally.
 template <class Action>
-HRESULT CatchComError(Action&& action) {
+[[nodiscard]] HRESULT CatchComError(Action&& action) {
   try {
     action();
     return S_OK;

@@ -265,7 +265,7 @@ HRESULT CFormRequest::BuildXML(BSTR* xml) {
   const NAFormType formType = Read<NAFormType>(form_, &INA_Form5::get_FormType);
   const HRESULT hr = IsHostFormType(formType) ? BuildLXOBFormXML(builder)
                                               : CNonLXOBFormBuilder(form_, companyAuthID_).BuildXML(builder);
-  builder.GetXMLAsBSTR(xml);
+  RETURN_IF_FAILED_LOG(builder.GetXMLAsBSTR(xml), kBuildXMLPrefix, "Failed to write the form request.");
   return hr;
 }
 

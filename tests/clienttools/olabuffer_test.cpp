@@ -163,4 +163,66 @@ TEST(OLABuffer, ClearEmpties) {
   EXPECT_EQ(Content(buffer), "new");
 }
 
+// The injected failure hits exactly the allocation named: the first one of a buffer, or a growth,
+// which leaves the content as it was; the allocations after it succeed again.
+TEST(OLABuffer, InjectedAllocationFailures) {
+  OLABuffer::FailAllocation(1);
+  const OLABuffer none(16);
+  EXPECT_EQ(none.GetData(), nullptr);
+  EXPECT_EQ(none.GetCapacity(), 0u);
+
+  OLABuffer buffer(16, 16);
+  ASSERT_EQ(buffer.AppendString("0123456789"), OLABuffer::kOk);
+  const uint64_t before = OLABuffer::AllocationCount();
+  OLABuffer::FailAllocation(1);
+  const std::string more(20, 'm');
+  EXPECT_EQ(buffer.Append(more.data(), more.size()), OLABuffer::kGrowthFailed);
+  EXPECT_EQ(Content(buffer), "0123456789");
+  EXPECT_EQ(buffer.GetCapacity(), 16u);
+  ASSERT_EQ(buffer.Append(more.data(), more.size()), OLABuffer::kOk);
+  EXPECT_EQ(Content(buffer), "0123456789" + more);
+  EXPECT_EQ(OLABuffer::AllocationCount(), before + 2);
+  OLABuffer::FailAllocation(0);
+}
+
+// The wipes cover what was ever written (the high-water mark), which a rewind does not lower and
+// a growth brings to the content it moved.
+TEST(OLABuffer, HighWaterMark) {
+  OLABuffer buffer(16, 16);
+  ASSERT_EQ(buffer.AppendString("0123456789"), OLABuffer::kOk);
+  buffer.Rewind();
+  ASSERT_EQ(buffer.AppendString("abc"), OLABuffer::kOk);
+  EXPECT_EQ(Content(buffer), "abc");
+  EXPECT_EQ(buffer.GetWritten(), 10u);
+  ASSERT_EQ(buffer.SetLength(12), OLABuffer::kOk);
+  EXPECT_EQ(buffer.GetWritten(), 12u);
+  ASSERT_EQ(buffer.SetPosition(3), OLABuffer::kOk);
+  ASSERT_EQ(buffer.SetLength(0), OLABuffer::kOk);
+  ASSERT_EQ(buffer.Reserve(100), OLABuffer::kOk);
+  EXPECT_EQ(buffer.GetWritten(), 3u) << "only the content moves to the new block";
+  EXPECT_EQ(Content(buffer), "abc");
+  buffer.Clear('\0');
+  EXPECT_EQ(buffer.GetLength(), 0u);
+}
+
+// Large blocks (mapped where the system allows) keep their content through growth and through a
+// failed growth alike.
+TEST(OLABuffer, LargeBlocksGrowWithTheirContent) {
+  OLABuffer buffer(1 << 20, 1 << 20);
+  std::string expected;
+  for (int i = 0; expected.size() < (5u << 20); ++i) {
+    const std::string piece = std::to_string(i) + ";";
+    if (i % 50000 == 0) {
+      OLABuffer::FailAllocation(1);
+      const std::string tooMuch(size_t(buffer.GetCapacity() - buffer.GetLength() + 1), 'x');
+      EXPECT_EQ(buffer.Append(tooMuch.data(), tooMuch.size()), OLABuffer::kGrowthFailed);
+      OLABuffer::FailAllocation(0);
+    }
+    ASSERT_EQ(buffer.AppendString(piece.c_str()), OLABuffer::kOk);
+    expected += piece;
+  }
+  EXPECT_EQ(Content(buffer), expected);
+  EXPECT_GE(buffer.GetWritten(), expected.size());
+}
+
 }  // namespace

@@ -4,8 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
+#ifndef _WIN32
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+#endif
 
 #include "diagnostics/FeatureSettings.h"
 #include "platform/ComError.h"
@@ -240,12 +246,13 @@ TEST_F(XMLBuilderTest, AddressFailuresRaiseComErrors) {
 TEST_F(XMLBuilderTest, BstrOfTheWholeBuffer) {
   XMLBuilder empty;
   BSTR out = reinterpret_cast<BSTR>(1);
-  empty.GetXMLAsBSTR(&out);
+  EXPECT_EQ(empty.GetXMLAsBSTR(&out), S_OK);
   EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(empty.GetXMLAsBSTR(nullptr), E_POINTER);
 
   XMLBuilder b;
   b.AppendRaw("<A>\x80</A>");
-  b.GetXMLAsBSTR(&out);
+  ASSERT_EQ(b.GetXMLAsBSTR(&out), S_OK);
   ASSERT_NE(out, nullptr);
   EXPECT_EQ(SysStringLen(out), 8u);
   EXPECT_EQ(out[3], 0x20AC);  // the euro sign of the code page
@@ -272,6 +279,198 @@ TEST_F(XMLBuilderTest, LongValuesAreEscapedWhole) {
   XMLBuilder b;
   b.AddElement("V", OLAString(value.c_str()));
   EXPECT_EQ(Text(b).size(), 3 + 5 * value.size() + 5);
+}
+
+}  // namespace
+
+namespace {
+
+// An element operation writing one line (or, for an address, a few) named `text`, or writing
+// `text` where the operation has no name.
+struct Operation {
+  const char* name;
+  std::function<uint32_t(XMLBuilder&, const OLAString& text)> write;
+};
+
+std::vector<Operation> EveryElementOperation() {
+  const OLAString attributes[] = {"version", "1", ""};
+  return {
+      {"AddElement", [](XMLBuilder& b, const OLAString& n) { return b.AddElement(n, OLAString("v")); }},
+      {"AddElement(BSTR)", [](XMLBuilder& b, const OLAString& n) { return b.AddElement(n, MakeBstr("v").Get()); }},
+      {"AddCDataElement", [](XMLBuilder& b, const OLAString& n) { return b.AddCDataElement(n, OLAString("v")); }},
+      {"AddCDataElement(BSTR)",
+       [](XMLBuilder& b, const OLAString& n) { return b.AddCDataElement(n, MakeBstr("v").Get()); }},
+      {"OpenAggregate", [](XMLBuilder& b, const OLAString& n) { return b.OpenAggregate(n); }},
+      {"OpenAggregateWithAttributes",
+       [attributes](XMLBuilder& b, const OLAString& n) { return b.OpenAggregateWithAttributes(n, attributes); }},
+      {"CloseAggregate", [](XMLBuilder& b, const OLAString& n) { return b.CloseAggregate(n); }},
+      {"AddStartTag", [](XMLBuilder& b, const OLAString& n) { return b.AddStartTag(n); }},
+      {"AddNotDoneElement", [](XMLBuilder& b, const OLAString& n) { return b.AddNotDoneElement(n); }},
+      {"AddIntElement", [](XMLBuilder& b, const OLAString& n) { return b.AddIntElement(n, -12); }},
+      {"AddLongElement", [](XMLBuilder& b, const OLAString& n) { return b.AddLongElement(n, 12); }},
+      {"AddFixedElement", [](XMLBuilder& b, const OLAString& n) { return b.AddFixedElement(n, 1.5, 2); }},
+      {"AddDoubleElement", [](XMLBuilder& b, const OLAString& n) { return b.AddDoubleElement(n, 0.25); }},
+      {"AddAmountElement", [](XMLBuilder& b, const OLAString& n) { return b.AddAmountElement(n, OLAAmount(3, 10)); }},
+      {"AddPrecisionElement",
+       [](XMLBuilder& b, const OLAString& n) { return b.AddPrecisionElement(n, OLAPrecisionInteger(7, 1)); }},
+      {"AddPrecisionElement2",
+       [](XMLBuilder& b, const OLAString& n) { return b.AddPrecisionElement2(n, OLAPrecisionInteger(7, 1)); }},
+      {"AddDateTimeElement", [](XMLBuilder& b, const OLAString& n) { return b.AddDateTimeElement(n, 39879.5); }},
+      {"AddZonedDateTimeElement",
+       [](XMLBuilder& b, const OLAString& n) { return b.AddZonedDateTimeElement(n, 39879.5); }},
+      {"AddCompactDateElement", [](XMLBuilder& b, const OLAString& n) { return b.AddCompactDateElement(n, 39879.5); }},
+      {"AddBoolElement", [](XMLBuilder& b, const OLAString& n) { return b.AddBoolElement(n, VARIANT_TRUE); }},
+      {"AddHostAmountElement",
+       [](XMLBuilder& b, const OLAString& n) {
+         auto* amount = new FakeAmount("1,25");
+         amount->AddRef();
+         return b.AddHostAmountElement(n, amount, false);
+       }},
+      {"AddAddressElement",
+       [](XMLBuilder& b, const OLAString& n) {
+         FakeAddress address;
+         address.city = "Reno";
+         return b.AddAddressElement(n, &address);
+       }},
+      {"AddNameValueComment",
+       [](XMLBuilder& b, const OLAString& n) { return b.AddNameValueComment(n, OLAString("v")); }},
+      {"AddComment", [](XMLBuilder& b, const OLAString& n) { return b.AddComment(n); }},
+      {"AddHeaderLine", [](XMLBuilder& b, const OLAString& n) { return b.AddHeaderLine(n, OLAString("v")); }},
+      {"AppendText", [](XMLBuilder& b, const OLAString& n) { return b.AppendText(n, true, true); }},
+      {"AppendRaw", [](XMLBuilder& b, const OLAString& n) { return b.AppendRaw(n.GetText()); }},
+      {"AppendNewlines",
+       [](XMLBuilder& b, const OLAString& n) { return b.AppendNewlines(int16_t(n.GetLength())); }},
+  };
+}
+
+// Every operation, writing text that ends one byte before the buffer's end, exactly at it and one
+// byte past it: the text is whole, and (under AddressSanitizer) nothing is written past the block.
+TEST_F(XMLBuilderTest, ElementsEndingAtTheCapacityStayInsideTheBuffer) {
+  ScopedEnv tz("TZ", "UTC");
+  constexpr uint64_t kCapacity = 96;
+  for (const bool indent : {false, true}) {
+    SetIndent(indent);
+    for (const Operation& op : EveryElementOperation()) {
+      for (const uint64_t end : {kCapacity - 1, kCapacity, kCapacity + 1}) {
+        SCOPED_TRACE(std::string(op.name) + " ending at " + std::to_string(end) + (indent ? ", indented" : ""));
+        // The line as a roomy builder writes it, after as much padding as makes it end at `end`.
+        const OLAString name("Name");
+        XMLBuilder roomy(1, 4096);
+        op.write(roomy, name);
+        const std::string line = Text(roomy);
+        ASSERT_LT(line.size(), kCapacity - 1);
+        const std::string padding(end - line.size(), 'p');
+        XMLBuilder b(1, kCapacity);
+        ASSERT_EQ(b.AppendRaw(padding.c_str()), XMLBuilder::kDone);
+        EXPECT_EQ(op.write(b, name), XMLBuilder::kDone);
+        EXPECT_EQ(Text(b), padding + line);
+        EXPECT_EQ(b.Status(), S_OK);
+      }
+    }
+  }
+}
+
+// A "]]>" inside a CDATA value is split between two sections, so the document stays well formed
+// and reads back as the value.
+TEST_F(XMLBuilderTest, CDataSplitsTheSectionEnd) {
+  const struct { const char* value; const char* written; } cases[] = {
+      {"a]]>b", "<![CDATA[a]]]]><![CDATA[>b]]>"},
+      {"]]>", "<![CDATA[]]]]><![CDATA[>]]>"},
+      {"x]]>y]]>z", "<![CDATA[x]]]]><![CDATA[>y]]]]><![CDATA[>z]]>"},
+      {"]]]>>", "<![CDATA[]]]]]><![CDATA[>>]]>"},
+      {"]] >", "<![CDATA[]] >]]>"},
+      {"", "<![CDATA[]]>"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.value);
+    XMLBuilder b(0, 16);
+    EXPECT_EQ(b.AddCDataElement("C", OLAString(c.value)), XMLBuilder::kDone);
+    EXPECT_EQ(Text(b), std::string("<C>") + c.written + "</C>\n");
+#ifndef _WIN32
+    const std::string document = Text(b);
+    xmlDocPtr doc = xmlReadMemory(document.data(), int(document.size()), nullptr, nullptr, XML_PARSE_NONET);
+    ASSERT_NE(doc, nullptr);
+    xmlChar* content = xmlNodeGetContent(xmlDocGetRootElement(doc));
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(content)), c.value);
+    xmlFree(content);
+    xmlFreeDoc(doc);
+#endif
+  }
+}
+
+// After its first failed write the builder writes nothing more, says so from every operation, and
+// hands out no text; Clear starts a new document in the memory it kept.
+TEST_F(XMLBuilderTest, AFailedWriteIsRemembered) {
+  XMLBuilder b(0, 32);
+  ASSERT_EQ(b.AddElement("A", OLAString("1")), XMLBuilder::kDone);
+  OLABuffer::FailAllocation(1);
+  EXPECT_EQ(b.AddElement("Long", OLAString(std::string(40, 'x').c_str())), XMLBuilder::kNoBuffer);
+  OLABuffer::FailAllocation(0);
+  EXPECT_EQ(b.Status(), E_OUTOFMEMORY);
+  // Later writes would fit, or could grow again: none is made.
+  FakeAddress address;
+  address.city = "Reno";
+  auto* amount = new FakeAmount("1.00");
+  amount->AddRef();
+  amount->AddRef();
+  const uint32_t results[] = {
+      b.AddElement("B", OLAString("2")), b.CloseAggregate("C"),
+      b.AppendRaw(std::string(100, 'r').c_str()), b.AddHostAmountElement("H", amount, true),
+      b.AddAddressElement("Addr", &address), b.AddAmountElement("M", OLAAmount()),
+      b.AddDateTimeElement("D", 1e9), b.AddCDataElement("E", OLAString("e")),
+  };
+  for (const uint32_t result : results) EXPECT_EQ(result, XMLBuilder::kNoBuffer);
+  EXPECT_EQ(amount->References(), 1u) << "the amount is released all the same";
+  amount->Release();
+  EXPECT_EQ(Text(b), "<A>1</A>\n");
+  BSTR out = reinterpret_cast<BSTR>(1);
+  EXPECT_EQ(b.GetXMLAsBSTR(&out), E_OUTOFMEMORY);
+  EXPECT_EQ(out, nullptr);
+
+  const char* block = b.Buffer()->GetData();
+  b.Clear(0);
+  EXPECT_EQ(b.Status(), S_OK);
+  EXPECT_EQ(b.AddElement("Z", OLAString("9")), XMLBuilder::kDone);
+  EXPECT_EQ(Text(b), "<Z>9</Z>\n");
+  EXPECT_EQ(b.Buffer()->GetData(), block) << "the memory is kept";
+}
+
+TEST_F(XMLBuilderTest, ABuilderWithoutBufferFailsFromTheStart) {
+  OLABuffer::FailAllocation(1);
+  XMLBuilder b(0, 64);
+  OLABuffer::FailAllocation(0);
+  EXPECT_EQ(b.Buffer(), nullptr);
+  EXPECT_EQ(b.Status(), E_OUTOFMEMORY);
+  EXPECT_EQ(b.OpenAggregate("A"), XMLBuilder::kNoBuffer);
+  EXPECT_EQ(b.Depth(), 1u) << "the open and close operations still count the depth";
+  EXPECT_EQ(b.AddBoolElement("B", VARIANT_TRUE), XMLBuilder::kNoBuffer);
+  BSTR out = reinterpret_cast<BSTR>(1);
+  EXPECT_EQ(b.GetXMLAsBSTR(&out), E_OUTOFMEMORY);
+  EXPECT_EQ(out, nullptr);
+  // A new start allocates again.
+  b.Clear(0);
+  EXPECT_EQ(b.AddBoolElement("B", VARIANT_TRUE), XMLBuilder::kDone);
+  EXPECT_EQ(Text(b), "<B>Y</B>\n");
+}
+
+// A builder cleared and written again gives the same text as a new one, in the same block.
+TEST_F(XMLBuilderTest, ClearedBuilderRewritesInPlace) {
+  const auto write = [](XMLBuilder& b, int rows) {
+    b.OpenAggregate("L");
+    for (int i = 0; i < rows; ++i) b.AddIntElement("I", i);
+    b.CloseAggregate("L");
+  };
+  XMLBuilder reused(0, 64);
+  write(reused, 1000);
+  const char* block = reused.Buffer()->GetData();
+  const uint64_t capacity = reused.Buffer()->GetCapacity();
+  reused.Clear(0);
+  write(reused, 10);
+  XMLBuilder fresh(0, 64);
+  write(fresh, 10);
+  EXPECT_EQ(Text(reused), Text(fresh));
+  EXPECT_EQ(reused.Buffer()->GetData(), block);
+  EXPECT_EQ(reused.Buffer()->GetCapacity(), capacity);
 }
 
 }  // namespace

@@ -8,8 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "component/ClassObjects.h"
-#include "forms/FormsTestHost.h"
+#include "component/SampleSendTest.h"
 #include "platform/Paths.h"
 #include "tools/SendDriver.h"
 
@@ -19,25 +18,8 @@ namespace {
 using tools::FormSpec;
 using tools::SendSpec;
 
-const std::string kSources = PARCELON_SOURCE_DIR;
-const std::string kPdf = kSources + "/samples/invoice-1001.pdf";
-
 // OLE dates of the statement period.
 constexpr DATE k2009March1 = 39873, k2009March31 = 39903;
-
-FormSpec Form(NAFormType type, LONG recNum, NASendType send) {
-  FormSpec form;
-  form.type = type;
-  form.recNum = recNum;
-  form.send = send;
-  form.to = "siobhan@obrien.example";
-  form.from = "office@harborpine.example";
-  form.subject = "Your form from Harbor & Pine";
-  form.text = "Thank you for your business.";
-  form.faxTo = "415-555-0101";
-  form.pdf = kPdf;
-  return form;
-}
 
 struct Scenario {
   const char* name;
@@ -45,51 +27,37 @@ struct Scenario {
 };
 
 std::vector<Scenario> Scenarios() {
-  FormSpec full = Form(naftINVOICE, 1001, nastEMAIL);
+  FormSpec full = SampleForm(naftINVOICE, 1001, nastEMAIL);
   full.cc = "accounts@obrien.example";
   full.bcc = "archive@harborpine.example";
   full.replyTo = "billing@harborpine.example";
-  FormSpec statement = Form(naftSTATEMENT, 0, nastEMAIL);
+  FormSpec statement = SampleForm(naftSTATEMENT, 0, nastEMAIL);
   statement.statementCustomer = 102;
   statement.statementDate = k2009March31;
   statement.statementFrom = k2009March1;
   statement.statementTo = k2009March31;
-  FormSpec other = Form(naftNON_LX, 0, nastEMAIL);
-  FormSpec first = Form(naftINVOICE, 1001, nastEMAIL), second = Form(naftESTIMATE, 2002, nastEMAIL);
+  FormSpec other = SampleForm(naftNON_LX, 0, nastEMAIL);
+  FormSpec first = SampleForm(naftINVOICE, 1001, nastEMAIL), second = SampleForm(naftESTIMATE, 2002, nastEMAIL);
   FormSpec firstTogether = first;
   firstTogether.synchMultiple = true;
   return {
       {"invoice-email-cc-bcc-reply", {full}},
-      {"invoice-email-no-terms-zero-date", {Form(naftINVOICE, 1003, nastEMAIL)}},
-      {"invoice-fax", {Form(naftINVOICE, 1002, nastFAX)}},
-      {"invoice-paper-mail", {Form(naftINVOICE, 1001, nastPAPER_MAIL)}},
-      {"estimate-email-customer", {Form(naftESTIMATE, 2002, nastEMAIL)}},
-      {"estimate-fax-job", {Form(naftESTIMATE, 2001, nastFAX)}},
-      {"estimate-paper-mail", {Form(naftESTIMATE, 2001, nastPAPER_MAIL)}},
+      {"invoice-email-no-terms-zero-date", {SampleForm(naftINVOICE, 1003, nastEMAIL)}},
+      {"invoice-fax", {SampleForm(naftINVOICE, 1002, nastFAX)}},
+      {"invoice-paper-mail", {SampleForm(naftINVOICE, 1001, nastPAPER_MAIL)}},
+      {"estimate-email-customer", {SampleForm(naftESTIMATE, 2002, nastEMAIL)}},
+      {"estimate-fax-job", {SampleForm(naftESTIMATE, 2001, nastFAX)}},
+      {"estimate-paper-mail", {SampleForm(naftESTIMATE, 2001, nastPAPER_MAIL)}},
       {"statement-email-job", {statement}},
       {"other-document-email", {other}},
-      {"invoice-send-method-none", {Form(naftINVOICE, 1001, nastNONE)}},
+      {"invoice-send-method-none", {SampleForm(naftINVOICE, 1001, nastNONE)}},
       {"two-forms-one-by-one", {first, second}},
       {"two-forms-synch-multiple", {firstTogether, second}},
   };
 }
 
-class WholeSendTest : public FormsTest, public ::testing::WithParamInterface<Scenario> {
+class WholeSendTest : public SampleSendTest, public ::testing::WithParamInterface<Scenario> {
  protected:
-  void SetUp() override {
-    FormsTest::SetUp();
-    UseCompany(ReadFile(kSources + "/samples/sample-company.json"));
-    WriteSettings(
-        "[URLs]\nEmailService.FormGatewayURL=https://forms.gateway.example/lxn/forms\n"
-        "EmailService.FormGatewayAttachURL=https://forms.gateway.example/lxn/attachments\n");
-    classes_.emplace();
-    ASSERT_EQ(S_OK, classes_->Result());
-  }
-  void TearDown() override {
-    classes_.reset();
-    FormsTest::TearDown();
-  }
-
   // Runs the scenario and compares its transcript with the expected one (or writes it anew).
   void ExpectTranscript(bool update) {
     SendSpec plan;
@@ -102,8 +70,6 @@ class WholeSendTest : public FormsTest, public ::testing::WithParamInterface<Sce
     EXPECT_EQ(transcript, ReadFile(expectedFile));
     EXPECT_EQ(LogEntries(), std::vector<std::string>()) << "a whole send logs no failure";
   }
-
-  std::optional<ClassObjectRegistration> classes_;
 };
 
 // The sample company with its sections in the reverse order: transactions before the lists they

@@ -1,0 +1,50 @@
+// Whole sends of the sample company: its fixture as the reference host, the gateway addresses in
+// the settings file and the component's classes registered.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "component/ClassObjects.h"
+#include "forms/FormsTestHost.h"
+#include "tools/SendDriver.h"
+
+namespace parcelon::test {
+
+inline const std::string kSources = PARCELON_SOURCE_DIR;
+
+// A form of the sample company to its customer, with the sample's PDF.
+inline tools::FormSpec SampleForm(NAFormType type, LONG recNum, NASendType send) {
+  tools::FormSpec form;
+  form.type = type;
+  form.recNum = recNum;
+  form.send = send;
+  form.to = "siobhan@obrien.example";
+  form.from = "office@harborpine.example";
+  form.subject = "Your form from Harbor & Pine";
+  form.text = "Thank you for your business.";
+  form.faxTo = "415-555-0101";
+  form.pdf = kSources + "/samples/invoice-1001.pdf";
+  return form;
+}
+
+class SampleSendTest : public FormsTest {
+ protected:
+  void SetUp() override {
+    FormsTest::SetUp();
+    UseCompany(ReadFile(kSources + "/samples/sample-company.json"));
+    WriteSettings(
+        "[URLs]\nEmailService.FormGatewayURL=https://forms.gateway.example/lxn/forms\n"
+        "EmailService.FormGatewayAttachURL=https://forms.gateway.example/lxn/attachments\n");
+    classes_.emplace();
+    ASSERT_EQ(S_OK, classes_->Result());
+  }
+  void TearDown() override {
+    classes_.reset();
+    FormsTest::TearDown();
+  }
+
+  std::optional<ClassObjectRegistration> classes_;
+};
+
+}  // namespace parcelon::test
