@@ -181,10 +181,10 @@ class Loader {
           r.Read("parent", item.parent, 0);
           r.Read("longDescription", item.longDescription);
           r.ForEachValue("groupItems", [&](const json& member, const std::string& pointer) {
-            if (!member.is_number_integer() || member.get<int64_t>() < 1 ||
-                member.get<int64_t>() > INT32_MAX)
+            const std::optional<int64_t> recNum = WholeNumber(member);
+            if (!recNum || *recNum < 1 || *recNum > INT32_MAX)
               FixtureReader::FailAt(context_, pointer, "expected a record number of an item");
-            item.groupMembers.push_back(static_cast<RecNum>(member.get<int64_t>()));
+            item.groupMembers.push_back(static_cast<RecNum>(*recNum));
           });
           if (!item.groupMembers.empty() && item.type != itGROUP && item.type != itTAXGROUP)
             r.Fail("groupItems", "only items of type group or taxGroup have members");
@@ -246,12 +246,12 @@ class Loader {
       if (!statuses->is_object()) r.Fail("subscriptions", "expected an object");
       for (const auto& [service, status] : statuses->items()) {
         const std::string pointer = "/company/subscriptions/" + PointerToken(service);
-        if (!status.is_number_integer() || status.get<int64_t>() < INT32_MIN ||
-            status.get<int64_t>() > INT32_MAX)
+        const std::optional<int64_t> number = WholeNumber(status);
+        if (!number || *number < INT32_MIN || *number > INT32_MAX)
           FixtureReader::FailAt(context_, pointer, "expected a whole number");
         Text name;
         Utf8ToText(service, name);
-        company_.serviceStatuses[name] = static_cast<LONG>(status.get<int64_t>());
+        company_.serviceStatuses[name] = static_cast<LONG>(*number);
       }
       r.Accept("subscriptions");
     }
@@ -363,6 +363,7 @@ class Loader {
   void ReadProperty(const std::string& pointer, const std::string& key, const json& value,
                     DataFileRecord& record) {
     PropertyValue property;
+    const std::optional<int64_t> whole = WholeNumber(value);
     if (value.is_string()) {
       property.type = VT_BSTR;
       if (!Utf8ToText(value.get_ref<const std::string&>(), property.text))
@@ -370,13 +371,13 @@ class Loader {
     } else if (value.is_boolean()) {
       property.type = VT_BOOL;
       property.integer = value.get<bool>() ? -1 : 0;
-    } else if (value.is_number_integer() && value.get<int64_t>() >= INT32_MIN &&
-               value.get<int64_t>() <= INT32_MAX) {
-      property.type = VT_I4;
-      property.integer = value.get<int64_t>();
+    } else if (whole) {
+      property.type = *whole >= INT32_MIN && *whole <= INT32_MAX ? VT_I4 : VT_I8;
+      property.integer = *whole;
     } else if (value.is_number_integer()) {
-      property.type = VT_I8;
-      property.integer = value.get<int64_t>();
+      FixtureReader::FailAt(context_, pointer,
+                            "expected a whole number from -9223372036854775808 to "
+                            "9223372036854775807");
     } else if (value.is_number_float()) {
       property.type = VT_R8;
       property.real = value.get<double>();

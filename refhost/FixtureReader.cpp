@@ -122,9 +122,10 @@ bool FixtureReader::Read(const char* field, Amount& out) {
     bool negative = false;
     int64_t magnitude = 0;
     int decimals = 0;
-    if (number->is_number_integer() && WithinDigits(number->get<int64_t>(), 15)) {
-      negative = number->get<int64_t>() < 0;
-      magnitude = (negative ? -number->get<int64_t>() : number->get<int64_t>()) * 100;
+    if (const std::optional<int64_t> whole = WholeNumber(*number);
+        whole && WithinDigits(*whole, 15)) {
+      negative = *whole < 0;
+      magnitude = (negative ? -*whole : *whole) * 100;
     } else if (!number->is_string() || !ParseDecimal(number->get_ref<const std::string&>(), 2,
                                                      negative, magnitude, decimals)) {
       Fail(field, "expected an amount such as \"-1234.50\" (at most 17 digits, 2 decimals)");
@@ -151,9 +152,9 @@ bool FixtureReader::Read(const char* field, Quantity& out) {
   const json* value = Field(field);
   if (!value) return false;
   int decimals = 0;
-  if (value->is_number_integer() && WithinDigits(value->get<int64_t>(), 17)) {
-    out.negative = value->get<int64_t>() < 0;
-    out.integer = out.negative ? -value->get<int64_t>() : value->get<int64_t>();
+  if (const std::optional<int64_t> whole = WholeNumber(*value); whole && WithinDigits(*whole, 17)) {
+    out.negative = *whole < 0;
+    out.integer = out.negative ? -*whole : *whole;
   } else if (!value->is_string() || !ParseDecimal(value->get_ref<const std::string&>(), 10,
                                                   out.negative, out.integer, decimals)) {
     Fail(field, "expected a quantity such as \"2.5\" (at most 17 digits, 10 decimals)");
@@ -231,9 +232,9 @@ bool FixtureReader::ReadEnum(const char* field, LONG& out,
       out = static_cast<LONG>(found - names.begin());
       return true;
     }
-  } else if (value->is_number_integer() && value->get<int64_t>() >= 0 &&
-             value->get<int64_t>() < int64_t(names.size())) {
-    out = static_cast<LONG>(value->get<int64_t>());
+  } else if (const std::optional<int64_t> number = WholeNumber(*value);
+             number && *number >= 0 && *number < int64_t(names.size())) {
+    out = static_cast<LONG>(*number);
     return true;
   }
   std::string choices;
