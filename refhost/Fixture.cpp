@@ -222,7 +222,7 @@ class Loader {
     r.Finish();
     const RecNum recNum = record.recNum;
     if (!list.Add(std::move(record))) {
-      const size_t first = static_cast<size_t>(list.Find(recNum) - list.Records().data());
+      const size_t first = list.PositionOf(*list.Find(recNum));
       r.Fail("recNum", "duplicate record number " + std::to_string(recNum) + ", first at " +
                            PointerOf(Record::kList, first));
     }
