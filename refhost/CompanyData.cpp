@@ -7,11 +7,6 @@ namespace parcelon::refhost {
 
 namespace {
 
-template <class Record>
-size_t PositionOf(RecordList<Record>& list, const Record* record) {
-  return static_cast<size_t>(record - list.Records().data());
-}
-
 // May `parent` be the parent of a record of this list? A job's parent is a customer or job.
 template <class Record>
 bool CanBeParent(const Record& parent) {
@@ -39,7 +34,7 @@ std::optional<LinkProblem> LinkTree(RecordList<Record>& list) {
       const Record* parent = list.Find(parentNum);
       if (!parent || !CanBeParent(*parent))
         return LinkProblem{LinkProblem::MissingParent, Record::kList, at, "parent"};
-      at = PositionOf(list, parent);
+      at = list.PositionOf(*parent);
       if (state[at] == kOnPath)
         return LinkProblem{LinkProblem::ParentCycle, Record::kList, path.back(), "parent"};
     }

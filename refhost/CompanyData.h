@@ -3,8 +3,8 @@
 //
 // Texts are UTF-16. Times are seconds since 1970 (LONG), dates OLE dates (DATE, 0 when not set).
 // A reference to another record is its record number, 0 when not set. Each list finds a record
-// by record number through a hash index kept as records are added; lists do not change size
-// after loading, so a record's address stays valid for the company's lifetime.
+// by record number through an open-addressing index kept as records are added; lists do not
+// change size after loading, so a record's address stays valid for the company's lifetime.
 #pragma once
 
 #include <array>
@@ -15,12 +15,13 @@
 #include <optional>
 #include <string>
 #include <type_traits>
-#include <unordered_map>
 #include <vector>
 
 #include "platform/ComBase.h"
 #include "refhost/Faults.h"
 #include "refhost/ListKind.h"
+#include "refhost/RecNumIndex.h"
+#include "refhost/RecordStorage.h"
 #include "refhost/Text.h"
 
 namespace parcelon::refhost {
@@ -161,19 +162,20 @@ struct CustomerMessage : ListRecord {
 
 namespace parcelon::refhost {
 
-// The records of one list in list order, with an index by record number.
+// The records of one list in list order, in one contiguous block, with an index by record
+// number.
 template <class Record>
 class RecordList {
  public:
   // Appends a record; false, and nothing added, when its record number is taken already.
   bool Add(Record record) {
-    if (!index_.emplace(record.recNum, records_.size()).second) return false;
+    if (!index_.Insert(record.recNum, records_.size())) return false;
     records_.push_back(std::move(record));
     return true;
   }
   void Reserve(size_t count) {
     records_.reserve(count);
-    index_.reserve(count);
+    index_.Reserve(count);
   }
   size_t Size() const { return records_.size(); }
   Record& At(size_t position) { return records_[position]; }
@@ -181,20 +183,20 @@ class RecordList {
   // The record of `recNum`; null when there is none. Ignores absent-record faults: see
   // Company::Find.
   Record* Find(RecNum recNum) {
-    const auto found = index_.find(recNum);
-    return found == index_.end() ? nullptr : &records_[found->second];
+    const size_t position = index_.Find(recNum);
+    return position == RecNumIndex::kNotFound ? nullptr : &records_[position];
   }
   const Record* Find(RecNum recNum) const { return const_cast<RecordList*>(this)->Find(recNum); }
-  std::vector<Record>& Records() { return records_; }
-  const std::vector<Record>& Records() const { return records_; }
+  // The position in the list of one of its records.
+  size_t PositionOf(const Record& record) const { return size_t(&record - records_.data()); }
   // The list's empty record (record number 0, empty texts), which references that are not set
   // give.
   Record& Empty() { return empty_; }
 
  private:
-  std::vector<Record> records_;
+  std::vector<Record, RecordAllocator<Record>> records_;
   Record empty_{};
-  std::unordered_map<RecNum, size_t> index_;
+  RecNumIndex index_;
 };
 
 // The company's own data.

@@ -92,6 +92,15 @@ const std::vector<BadFixture> kBadFixtures = {
      "/items/0: groupItems: only items of type group or taxGroup have members"},
     {"dangling group member", R"({"items": [{"recNum": 1, "name": "A", "type": "group", "groupItems": [2]}]})",
      "/items/0: groupItems: expected record numbers of items"},
+    // Whole numbers from 2^63 to 2^64 - 1 read as negative numbers once cast to 64 signed bits.
+    {"amount above 64 bits", R"({"invoices": [{"recNum": 1, "amount": 18446744073709551615}]})",
+     R"(/invoices/0: amount: expected an amount such as "-1234.50" (at most 17 digits, 2 decimals))"},
+    {"subscription status above 64 bits", R"({"company": {"subscriptions": {"Mail": 18446744073709551615}}})",
+     "/company/subscriptions/Mail: expected a whole number"},
+    {"data file property above 64 bits",
+     R"({"dataFileRecords": [{"name": "R", "properties": {"a/b": 18446744073709551615}}]})",
+     "/dataFileRecords/0/properties/a~1b: expected a whole number from -9223372036854775808 to "
+     "9223372036854775807"},
     {"bad modification time", R"({"terms": [{"recNum": 1, "name": "A", "modTime": "2009-03-07"}]})",
      R"(/terms/0: modTime: expected seconds since 1970 or a time such as "2009-03-07T14:30:00Z", from 1970 to 2038)"},
     {"duplicate attribute",
