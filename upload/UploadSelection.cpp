@@ -1,0 +1,218 @@
+#include "upload/UploadSelection.h"
+
+#include <algorithm>
+
+#include "diagnostics/LogIfFailed.h"
+#include "forms/FormParts.h"
+
+using parcelon::forms::Required;
+
+namespace {
+
+constexpr char kPutRecNumsPrefix[] = "Parcelon:CNA_Forms::PutRecNumsInMap(ICompanyFilePtr)";
+constexpr char kAllCustomersPrefix[] = "Parcelon:CNA_Forms::PutAllCustomerRecNumsInMap(ICompanyFilePtr)";
+constexpr char kStatementPrefix[] = "Parcelon:CNA_Forms::PutStatementRecNumsInMap(ICompanyFilePtr, long)";
+constexpr char kCustomerJobPrefix[] = "Parcelon:CNA_Forms::AddCustomerJobToMap(INamePtr)";
+constexpr char kTermPrefix[] = "Parcelon:CNA_Forms::AddTermToMap(ITermPtr)";
+
+bool IsDeletion(NASendType method) {
+  return method == nastDELETE || method == nastVOID || method == nastPENDING;
+}
+
+// The messages and record kind of the invoice or estimate part of the selection.
+struct TransactionSelection {
+  const char* prefix;
+  const char* list;
+  const char* item;
+  const char* terms;
+  const char* customer;
+  RecordKind kind;
+};
+
+const TransactionSelection kInvoiceSelection = {
+    "Parcelon:CNA_Forms::PutInvoiceRecNumsInMap(ICompanyFilePtr, long)",
+    "Failed to get invoices from transactions in LX.",
+    "Failed to get item from invoices in LX",
+    "Failed to get terms from invoice in LX.  Skipping this optional field.",
+    "Failed to get customer from invoice in LX.  Skipping this optional field.",
+    RecordKind::kInvoice};
+const TransactionSelection kEstimateSelection = {
+    "Parcelon:CNA_Forms::PutEstimateRecNumsInMap(ICompanyFilePtr, long)",
+    "Failed to get estimates from transactions in LX.",
+    "Failed to get item from estimates in LX",
+    "Failed to get terms from estimate in LX.  Skipping this optional field.",
+    "Failed to get customer from estimate in LX.  Skipping this optional field.",
+    RecordKind::kEstimate};
+
+HRESULT GetList(ITransactions* transactions, IInvoices** list) { return transactions->GetInvoices(list); }
+HRESULT GetList(ITransactions* transactions, IEstimates** list) { return transactions->GetEstimates(list); }
+
+// The transaction `recNum` of the list that `List` names; each failing step logged.
+template <class List, class Entry>
+HRESULT LookUp(const ICompanyFilePtr& company, LONG recNum, const TransactionSelection& words,
+               ComPtr<Entry>& entry) {
+  ITransactionsPtr transactions;
+  RETURN_IF_FAILED_LOG(Required(company)->GetTransactions(transactions.ReleaseAndGetAddressOf()), words.prefix,
+                       "Failed to get transactions from company file in LX.");
+  ComPtr<List> list;
+  RETURN_IF_FAILED_LOG(GetList(Required(transactions), list.ReleaseAndGetAddressOf()), words.prefix, words.list);
+  RETURN_IF_FAILED_LOG(Required(list)->GetItemByRecNum(parcelon::forms::RecNumKey(recNum),
+                                                       entry.ReleaseAndGetAddressOf()),
+                       words.prefix, words.item);
+  Required(entry);
+  return S_OK;
+}
+
+// The company's customer list.
+HRESULT GetCustomers(const ICompanyFilePtr& company, const char* prefix, ICustomersPtr& customers) {
+  IListsPtr lists;
+  RETURN_IF_FAILED_LOG(Required(company)->GetLists(lists.ReleaseAndGetAddressOf()), prefix,
+                       "Failed to get lists from company file in LX.");
+  RETURN_IF_FAILED_LOG(Required(lists)->GetCustomers(customers.ReleaseAndGetAddressOf()), prefix,
+                       "Failed to get customers from lists in LX.");
+  Required(customers);
+  return S_OK;
+}
+
+}  // namespace
+
+HRESULT CUploadSelection::PutRecNumsInMap(const ICompanyFilePtr& company) {
+  if (doAllCustomers_)
+    RETURN_IF_FAILED_LOG(PutAllCustomerRecNumsInMap(company), kPutRecNumsPrefix, "Failed to mark customers for upload.");
+  for (const INA_Form7Ptr& form : forms_) RETURN_IF_FAILED(PutFormRecNumsInMap(company, Required(form)));
+  return S_OK;
+}
+
+HRESULT CUploadSelection::PutFormRecNumsInMap(const ICompanyFilePtr& company, INA_Form7* form) {
+  VARIANT_BOOL post = VARIANT_FALSE;
+  RETURN_IF_FAILED(form->get_Post(&post));
+  if (post == VARIANT_FALSE) return S_OK;
+  NAFormType type = naftINVOICE;
+  NASendType method = nastNONE;
+  LONG recNum = 0;
+  RETURN_IF_FAILED(form->get_FormType(&type));
+  RETURN_IF_FAILED(form->get_SendMethod(&method));
+  RETURN_IF_FAILED(form->get_TransactionRecordNumber(&recNum));
+  if (recNum == 0) return S_OK;
+  switch (type) {
+    case naftINVOICE:
+      if (IsDeletion(method)) {
+        map_(RecordKind::kInvoice, recNum) = kMarkToDelete;
+        return S_OK;
+      }
+      RETURN_IF_FAILED_LOG(PutInvoiceRecNumsInMap(company, recNum), kPutRecNumsPrefix,
+                           "Failed on mark invoice or its list items for upload.");
+      return S_OK;
+    case naftESTIMATE:
+      if (IsDeletion(method)) {
+        map_(RecordKind::kEstimate, recNum) = kMarkToDelete;
+        return S_OK;
+      }
+      RETURN_IF_FAILED_LOG(PutEstimateRecNumsInMap(company, recNum), kPutRecNumsPrefix,
+                           "Failed on mark estimate or its list items for upload.");
+      return S_OK;
+    case naftSTATEMENT: {
+      LONG customerRecNum = 0;
+      RETURN_IF_FAILED(form->get_StatementCustomerRecNum(&customerRecNum));
+      RETURN_IF_FAILED_LOG(PutStatementRecNumsInMap(company, customerRecNum), kPutRecNumsPrefix,
+                           "Failed on mark statement or its list items for upload.");
+      return S_OK;
+    }
+    default:
+      return S_OK;
+  }
+}
+
+HRESULT CUploadSelection::PutAllCustomerRecNumsInMap(const ICompanyFilePtr& company) {
+  ICustomersPtr customers;
+  RETURN_IF_FAILED(GetCustomers(company, kAllCustomersPrefix, customers));
+  LONG count = 0;
+  RETURN_IF_FAILED_LOG(customers->GetCount(&count), kAllCustomersPrefix, "Failed to get count from customers in LX.");
+  for (LONG index = 0; index < count; ++index) {
+    INamePtr customer;
+    LONG recNum = 0;
+    HRESULT hr = customers->GetItem(index, customer.ReleaseAndGetAddressOf());
+    if (SUCCEEDED(hr)) hr = Required(customer)->GetRecNum(&recNum);
+    RETURN_IF_FAILED_LOG(hr, kAllCustomersPrefix, "Failed to get record number from customer in LX.");
+    if (recNum != 0) map_(RecordKind::kCustomerJob, recNum) = kMarkSelected;
+  }
+  return S_OK;
+}
+
+HRESULT CUploadSelection::PutInvoiceRecNumsInMap(const ICompanyFilePtr& company, LONG recNum) {
+  IInvoicePtr invoice;
+  RETURN_IF_FAILED((LookUp<IInvoices>(company, recNum, kInvoiceSelection, invoice)));
+  map_(RecordKind::kInvoice, recNum) = kMarkSelected;
+  ITermPtr terms;
+  if (SUCCEEDED(LOG_IF_FAILED(invoice->GetTerms(terms.ReleaseAndGetAddressOf()), kInvoiceSelection.prefix,
+                              kInvoiceSelection.terms)))
+    AddTermToMap(terms);
+  INamePtr customer;
+  if (SUCCEEDED(LOG_IF_FAILED(invoice->GetCustomer(customer.ReleaseAndGetAddressOf()), kInvoiceSelection.prefix,
+                              kInvoiceSelection.customer)))
+    RETURN_IF_FAILED(AddCustomerJobToMap(customer));
+  return S_OK;
+}
+
+HRESULT CUploadSelection::PutEstimateRecNumsInMap(const ICompanyFilePtr& company, LONG recNum) {
+  IEstimatePtr estimate;
+  RETURN_IF_FAILED((LookUp<IEstimates>(company, recNum, kEstimateSelection, estimate)));
+  map_(RecordKind::kEstimate, recNum) = kMarkSelected;
+  ITermPtr terms;
+  if (SUCCEEDED(LOG_IF_FAILED(estimate->GetTerms(terms.ReleaseAndGetAddressOf()), kEstimateSelection.prefix,
+                              kEstimateSelection.terms)))
+    AddTermToMap(terms);
+  INamePtr customer;
+  if (SUCCEEDED(LOG_IF_FAILED(estimate->GetCustomer(customer.ReleaseAndGetAddressOf()), kEstimateSelection.prefix,
+                              kEstimateSelection.customer)))
+    RETURN_IF_FAILED(AddCustomerJobToMap(customer));
+  return S_OK;
+}
+
+HRESULT CUploadSelection::PutStatementRecNumsInMap(const ICompanyFilePtr& company, LONG customerRecNum) {
+  ICustomersPtr customers;
+  RETURN_IF_FAILED(GetCustomers(company, kStatementPrefix, customers));
+  INamePtr customer;
+  RETURN_IF_FAILED_LOG(customers->GetItemByRecNum(parcelon::forms::RecNumKey(customerRecNum),
+                                                  customer.ReleaseAndGetAddressOf()),
+                       kStatementPrefix, "Failed to get customer from customers in LX.");
+  return AddCustomerJobToMap(customer);
+}
+
+void CUploadSelection::AddTermToMap(const ITermPtr& terms) {
+  if (!terms) return;
+  LONG recNum = 0;
+  if (FAILED(LOG_IF_FAILED(terms->GetRecNum(&recNum), kTermPrefix,
+                           "Failed to get record number from term in LX.  Skipping this optional field.")))
+    return;
+  if (recNum != 0) map_(RecordKind::kTerm, recNum) = kMarkSelected;
+}
+
+HRESULT CUploadSelection::AddCustomerJobToMap(const INamePtr& name) {
+  if (!name) return S_OK;
+  LONG recNum = 0;
+  if (FAILED(LOG_IF_FAILED(name->GetRecNum(&recNum), kCustomerJobPrefix,
+                           "Failed to get record number from customerjob in LX.  Skipping this optional field.")))
+    return S_OK;
+  if (recNum == 0) return S_OK;
+  map_(RecordKind::kCustomerJob, recNum) = kMarkSelected;
+
+  // Up the parent chain; a failed read ends the walk silently. The chain seen so far is at most
+  // kMaxTreeDepth long, so looking a record up in it stays cheap.
+  LONG chain[kMaxTreeDepth + 1] = {recNum};
+  int length = 1;
+  INamePtr current = name;
+  while (true) {
+    INamePtr parent;
+    LONG parentRecNum = 0;
+    if (FAILED(current->GetParent(parent.ReleaseAndGetAddressOf())) || !parent ||
+        FAILED(parent->GetRecNum(&parentRecNum)) || parentRecNum == 0)
+      return S_OK;
+    if (length > kMaxTreeDepth || std::find(chain, chain + length, parentRecNum) != chain + length)
+      RETURN_HR_LOG(E_FAIL, kCustomerJobPrefix,
+                    "The parents of a customerjob in LX lead back to it or nest deeper than a tree can.");
+    chain[length++] = parentRecNum;
+    map_(RecordKind::kCustomerJob, parentRecNum) = kMarkSelected;
+    current = parent;
+  }
+}

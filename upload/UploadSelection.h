@@ -1,0 +1,46 @@
+// CUploadSelection: marks in the session's record-number map the records that the forms of the
+// session refer to (mark 1), and the invoices and estimates to report as deleted (mark 6).
+//
+// Walks through host data are bounded: a customer's parent chain ends after the deepest level a
+// tree of the host can have, and a chain that comes back to a record it passed is a cycle. Either
+// ends the selection with E_FAIL and a log line. Record number 0 means "no record" and is never
+// selected.
+#pragma once
+
+#include <vector>
+
+#include "host/HostModel.h"
+#include "interfaces/ParcelonInterfaces.h"
+#include "upload/RecNumMap.h"
+
+class CUploadSelection {
+ public:
+  // The most parents a record of the host's trees can have.
+  static constexpr int kMaxTreeDepth = 63;
+
+  CUploadSelection(CRecNumMap& map, const std::vector<INA_Form7Ptr>& forms, bool doAllCustomers)
+      : map_(map), forms_(forms), doAllCustomers_(doAllCustomers) {}
+  virtual ~CUploadSelection() = default;
+
+  // Every customer and job with DoAllCustomers, then the records of each form with Post set, in
+  // the order the forms were added. The first failing form ends the selection.
+  HRESULT PutRecNumsInMap(const ICompanyFilePtr& company);
+  HRESULT PutAllCustomerRecNumsInMap(const ICompanyFilePtr& company);
+  // The transaction, its terms and its customer with the customer's parents.
+  HRESULT PutInvoiceRecNumsInMap(const ICompanyFilePtr& company, LONG recNum);
+  HRESULT PutEstimateRecNumsInMap(const ICompanyFilePtr& company, LONG recNum);
+  // The statement's customer with its parents.
+  HRESULT PutStatementRecNumsInMap(const ICompanyFilePtr& company, LONG customerRecNum);
+  // The customer or job and its parents; E_FAIL for parents that form a cycle or nest too deep.
+  // A record number that cannot be read is skipped.
+  HRESULT AddCustomerJobToMap(const INamePtr& name);
+  void AddTermToMap(const ITermPtr& terms);
+
+ private:
+  // One form's part of PutRecNumsInMap.
+  HRESULT PutFormRecNumsInMap(const ICompanyFilePtr& company, INA_Form7* form);
+
+  CRecNumMap& map_;
+  const std::vector<INA_Form7Ptr>& forms_;
+  bool doAllCustomers_;
+};
