@@ -15,6 +15,7 @@
 #include "interfaces/ParcelonInterfaces.h"
 #include "forms/PDFBuilder.h"
 #include "platform/Bstr.h"
+#include "upload/RecNumMap.h"
 
 class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
                         public INA_Base5,
@@ -102,8 +103,7 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
   HRESULT ReadCurrentForm(StringGetter getter, Bstr& value) const;
   HRESULT CompleteFormPass();
 
-  // The company data upload's steps. Until upload selection and the data upload request are
-  // built, no upload is ever due, so no data message set is written and nothing is recorded.
+  // The company data upload's steps.
   HRESULT DeleteUploadTimesIfAsked();
   HRESULT IsDataUploadDue(bool& due);
   HRESULT BuildDataMsgSet(XMLBuilder& builder);
@@ -123,4 +123,8 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
   Bstr authid_;
   // Set when the response accepts this pass's data upload; cleared when the pass ends.
   bool dataUploadAccepted_ = false;
+  // The records of the data upload the last BuildXML wrote, with the marks saying which were sent;
+  // uploadWritten_ tells whether that pass wrote one.
+  CRecNumMap recNumMap_;
+  bool uploadWritten_ = false;
 };

@@ -42,7 +42,15 @@ FormSpec Form(NAFormType type, LONG recNum, NASendType send) {
 struct Scenario {
   const char* name;
   std::vector<FormSpec> forms;
+  // The session's DoAllCustomers.
+  bool allCustomers = false;
 };
+
+// `form` with Post set: its records go with the data upload.
+FormSpec Posted(FormSpec form) {
+  form.post = true;
+  return form;
+}
 
 std::vector<Scenario> Scenarios() {
   FormSpec full = Form(naftINVOICE, 1001, nastEMAIL);
@@ -71,6 +79,12 @@ std::vector<Scenario> Scenarios() {
       {"invoice-send-method-none", {Form(naftINVOICE, 1001, nastNONE)}},
       {"two-forms-one-by-one", {first, second}},
       {"two-forms-synch-multiple", {firstTogether, second}},
+      {"upload-estimate-email-job-post", {Posted(Form(naftESTIMATE, 2001, nastEMAIL))}},
+      {"upload-invoice-void-post", {Posted(Form(naftINVOICE, 1001, nastVOID))}},
+      {"upload-all-customers", {Form(naftINVOICE, 1002, nastFAX)}, true},
+      {"upload-several-forms-post",
+       {Posted(Form(naftINVOICE, 1001, nastEMAIL)), Form(naftINVOICE, 1003, nastFAX),
+        Posted(Form(naftESTIMATE, 2002, nastPAPER_MAIL))}},
   };
 }
 
@@ -94,6 +108,7 @@ class WholeSendTest : public FormsTest, public ::testing::WithParamInterface<Sce
   void ExpectTranscript(bool update) {
     SendSpec plan;
     plan.forms = GetParam().forms;
+    plan.allCustomers = GetParam().allCustomers;
     std::string transcript;
     EXPECT_EQ(S_OK, tools::RunSend(plan, transcript)) << transcript;
     transcript = WithoutTrnUIDs(transcript);
