@@ -1,6 +1,5 @@
 #include "upload/DataUploadRequest.h"
 
-#include <algorithm>
 #include <string>
 
 #include "clienttools/TrnUID.h"
@@ -9,6 +8,7 @@
 #include "forms/FormRequest.h"
 #include "platform/Bstr.h"
 #include "upload/ListItemBuilders.h"
+#include "upload/ParentWalk.h"
 #include "upload/TransactionBuilders.h"
 #include "upload/UploadClock.h"
 #include "upload/UploadSelection.h"
@@ -190,23 +190,10 @@ HRESULT CDataUploadHelper::MarkChangedCustomer(CRecNumMap& map, const INamePtr& 
   RETURN_IF_FAILED_LOG(customer->GetRecNum(&recNum), kCustomersPrefix, "Failed to get record number from customer in LX.");
   if (recNum == 0) return S_OK;
   map(RecordKind::kCustomerJob, recNum) = kMarkChanged;
-  // A changed job brings its parents along; the walk is bounded as the selection's is.
-  LONG chain[kMaxTreeDepth + 1] = {recNum};
-  int length = 1;
-  INamePtr current = customer;
-  while (true) {
-    INamePtr parent;
-    LONG parentRecNum = 0;
-    if (FAILED(current->GetParent(parent.ReleaseAndGetAddressOf())) || !parent ||
-        FAILED(parent->GetRecNum(&parentRecNum)) || parentRecNum == 0)
-      return S_OK;
-    if (length > kMaxTreeDepth || std::find(chain, chain + length, parentRecNum) != chain + length)
-      RETURN_HR_LOG(E_FAIL, kCustomersPrefix,
-                    "The parents of a customerjob in LX lead back to it or nest deeper than a tree can.");
-    chain[length++] = parentRecNum;
-    if (!map.Find(RecordKind::kCustomerJob, parentRecNum)) map(RecordKind::kCustomerJob, parentRecNum) = kMarkSelected;
-    current = parent;
-  }
+  // A changed job brings along its parents not yet in the map.
+  return parcelon::upload::WalkParents(customer, recNum, kCustomersPrefix, [&](LONG parent) {
+    if (!map.Find(RecordKind::kCustomerJob, parent)) map(RecordKind::kCustomerJob, parent) = kMarkSelected;
+  });
 }
 
 HRESULT CDataUploadHelper::AddCustomerJobItems(CRecNumMap& map, XMLBuilder& builder) {

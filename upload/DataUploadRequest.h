@@ -21,9 +21,6 @@ HRESULT IsOkayToBuildLXDataMsgsRq(bool doAllCustomers, INA_Form7* currentForm, b
 
 class CDataUploadHelper {
  public:
-  // The most parents a record of the host's trees can have.
-  static constexpr int kMaxTreeDepth = 63;
-
   CDataUploadHelper(ICompanyFilePtr company, LONG lastUploadTime, bool doAllCustomers)
       : company_(std::move(company)), lastUploadTime_(lastUploadTime), doAllCustomers_(doAllCustomers) {}
   virtual ~CDataUploadHelper() = default;

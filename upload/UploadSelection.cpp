@@ -1,9 +1,8 @@
 #include "upload/UploadSelection.h"
 
-#include <algorithm>
-
 #include "diagnostics/LogIfFailed.h"
 #include "forms/FormParts.h"
+#include "upload/ParentWalk.h"
 
 using parcelon::forms::Required;
 
@@ -26,7 +25,6 @@ struct TransactionSelection {
   const char* item;
   const char* terms;
   const char* customer;
-  RecordKind kind;
 };
 
 const TransactionSelection kInvoiceSelection = {
@@ -34,15 +32,13 @@ const TransactionSelection kInvoiceSelection = {
     "Failed to get invoices from transactions in LX.",
     "Failed to get item from invoices in LX",
     "Failed to get terms from invoice in LX.  Skipping this optional field.",
-    "Failed to get customer from invoice in LX.  Skipping this optional field.",
-    RecordKind::kInvoice};
+    "Failed to get customer from invoice in LX.  Skipping this optional field."};
 const TransactionSelection kEstimateSelection = {
     "Parcelon:CNA_Forms::PutEstimateRecNumsInMap(ICompanyFilePtr, long)",
     "Failed to get estimates from transactions in LX.",
     "Failed to get item from estimates in LX",
     "Failed to get terms from estimate in LX.  Skipping this optional field.",
-    "Failed to get customer from estimate in LX.  Skipping this optional field.",
-    RecordKind::kEstimate};
+    "Failed to get customer from estimate in LX.  Skipping this optional field."};
 
 HRESULT GetList(ITransactions* transactions, IInvoices** list) { return transactions->GetInvoices(list); }
 HRESULT GetList(ITransactions* transactions, IEstimates** list) { return transactions->GetEstimates(list); }
@@ -60,6 +56,20 @@ HRESULT LookUp(const ICompanyFilePtr& company, LONG recNum, const TransactionSel
                                                        entry.ReleaseAndGetAddressOf()),
                        words.prefix, words.item);
   Required(entry);
+  return S_OK;
+}
+
+// The transaction `recNum`, and its terms and customer when they can be read (else null, after
+// their skip message).
+template <class List, class Entry>
+HRESULT ReadTransactionParts(const ICompanyFilePtr& company, LONG recNum, const TransactionSelection& words,
+                             ITermPtr& terms, INamePtr& customer) {
+  ComPtr<Entry> transaction;
+  RETURN_IF_FAILED((LookUp<List>(company, recNum, words, transaction)));
+  if (FAILED(LOG_IF_FAILED(transaction->GetTerms(terms.ReleaseAndGetAddressOf()), words.prefix, words.terms)))
+    terms.Reset();
+  if (FAILED(LOG_IF_FAILED(transaction->GetCustomer(customer.ReleaseAndGetAddressOf()), words.prefix, words.customer)))
+    customer.Reset();
   return S_OK;
 }
 
@@ -139,34 +149,25 @@ HRESULT CUploadSelection::PutAllCustomerRecNumsInMap(const ICompanyFilePtr& comp
   return S_OK;
 }
 
+HRESULT CUploadSelection::MarkTransaction(RecordKind kind, LONG recNum, const ITermPtr& terms,
+                                          const INamePtr& customer) {
+  map_(kind, recNum) = kMarkSelected;
+  AddTermToMap(terms);
+  return AddCustomerJobToMap(customer);
+}
+
 HRESULT CUploadSelection::PutInvoiceRecNumsInMap(const ICompanyFilePtr& company, LONG recNum) {
-  IInvoicePtr invoice;
-  RETURN_IF_FAILED((LookUp<IInvoices>(company, recNum, kInvoiceSelection, invoice)));
-  map_(RecordKind::kInvoice, recNum) = kMarkSelected;
   ITermPtr terms;
-  if (SUCCEEDED(LOG_IF_FAILED(invoice->GetTerms(terms.ReleaseAndGetAddressOf()), kInvoiceSelection.prefix,
-                              kInvoiceSelection.terms)))
-    AddTermToMap(terms);
   INamePtr customer;
-  if (SUCCEEDED(LOG_IF_FAILED(invoice->GetCustomer(customer.ReleaseAndGetAddressOf()), kInvoiceSelection.prefix,
-                              kInvoiceSelection.customer)))
-    RETURN_IF_FAILED(AddCustomerJobToMap(customer));
-  return S_OK;
+  RETURN_IF_FAILED((ReadTransactionParts<IInvoices, IInvoice>(company, recNum, kInvoiceSelection, terms, customer)));
+  return MarkTransaction(RecordKind::kInvoice, recNum, terms, customer);
 }
 
 HRESULT CUploadSelection::PutEstimateRecNumsInMap(const ICompanyFilePtr& company, LONG recNum) {
-  IEstimatePtr estimate;
-  RETURN_IF_FAILED((LookUp<IEstimates>(company, recNum, kEstimateSelection, estimate)));
-  map_(RecordKind::kEstimate, recNum) = kMarkSelected;
   ITermPtr terms;
-  if (SUCCEEDED(LOG_IF_FAILED(estimate->GetTerms(terms.ReleaseAndGetAddressOf()), kEstimateSelection.prefix,
-                              kEstimateSelection.terms)))
-    AddTermToMap(terms);
   INamePtr customer;
-  if (SUCCEEDED(LOG_IF_FAILED(estimate->GetCustomer(customer.ReleaseAndGetAddressOf()), kEstimateSelection.prefix,
-                              kEstimateSelection.customer)))
-    RETURN_IF_FAILED(AddCustomerJobToMap(customer));
-  return S_OK;
+  RETURN_IF_FAILED((ReadTransactionParts<IEstimates, IEstimate>(company, recNum, kEstimateSelection, terms, customer)));
+  return MarkTransaction(RecordKind::kEstimate, recNum, terms, customer);
 }
 
 HRESULT CUploadSelection::PutStatementRecNumsInMap(const ICompanyFilePtr& company, LONG customerRecNum) {
@@ -197,22 +198,7 @@ HRESULT CUploadSelection::AddCustomerJobToMap(const INamePtr& name) {
   if (recNum == 0) return S_OK;
   map_(RecordKind::kCustomerJob, recNum) = kMarkSelected;
 
-  // Up the parent chain; a failed read ends the walk silently. The chain seen so far is at most
-  // kMaxTreeDepth long, so looking a record up in it stays cheap.
-  LONG chain[kMaxTreeDepth + 1] = {recNum};
-  int length = 1;
-  INamePtr current = name;
-  while (true) {
-    INamePtr parent;
-    LONG parentRecNum = 0;
-    if (FAILED(current->GetParent(parent.ReleaseAndGetAddressOf())) || !parent ||
-        FAILED(parent->GetRecNum(&parentRecNum)) || parentRecNum == 0)
-      return S_OK;
-    if (length > kMaxTreeDepth || std::find(chain, chain + length, parentRecNum) != chain + length)
-      RETURN_HR_LOG(E_FAIL, kCustomerJobPrefix,
-                    "The parents of a customerjob in LX lead back to it or nest deeper than a tree can.");
-    chain[length++] = parentRecNum;
-    map_(RecordKind::kCustomerJob, parentRecNum) = kMarkSelected;
-    current = parent;
-  }
+  return parcelon::upload::WalkParents(name, recNum, kCustomerJobPrefix, [&](LONG parent) {
+    map_(RecordKind::kCustomerJob, parent) = kMarkSelected;
+  });
 }

@@ -11,12 +11,12 @@
 
 #include "host/HostModel.h"
 #include "interfaces/ParcelonInterfaces.h"
+#include "upload/ParentWalk.h"
 #include "upload/RecNumMap.h"
 
 class CUploadSelection {
  public:
-  // The most parents a record of the host's trees can have.
-  static constexpr int kMaxTreeDepth = 63;
+  static constexpr int kMaxTreeDepth = parcelon::upload::kMaxTreeDepth;
 
   CUploadSelection(CRecNumMap& map, const std::vector<INA_Form7Ptr>& forms, bool doAllCustomers)
       : map_(map), forms_(forms), doAllCustomers_(doAllCustomers) {}
@@ -37,6 +37,8 @@ class CUploadSelection {
   void AddTermToMap(const ITermPtr& terms);
 
  private:
+  // Marks the transaction `recNum` of `kind`, its terms and its customer (either may be null).
+  HRESULT MarkTransaction(RecordKind kind, LONG recNum, const ITermPtr& terms, const INamePtr& customer);
   // One form's part of PutRecNumsInMap.
   HRESULT PutFormRecNumsInMap(const ICompanyFilePtr& company, INA_Form7* form);
 
