@@ -1,4 +1,5 @@
-// The bounded walk up a customer's or job's parents, shared by the selection and the change scan.
+// The bounded walk up a list record's parents (customers and jobs, items), shared by the selection
+// and the change scan.
 #pragma once
 
 #include <algorithm>
@@ -11,23 +12,27 @@ namespace parcelon::upload {
 // The most parents a record of the host's trees can have.
 inline constexpr int kMaxTreeDepth = 63;
 
-// Calls `visit(recNum)` for each parent of `name` (whose own number is `recNum`) with a nonzero
+inline constexpr char kCustomerJobCycle[] =
+    "The parents of a customerjob in LX lead back to it or nest deeper than a tree can.";
+
+// Calls `visit(recNum)` for each parent of `record` (whose own number is `recNum`) with a nonzero
 // record number, nearest first. A parent that cannot be read, is absent or numbered 0 ends the
 // walk silently. Parents that lead back to a record already passed, or more than kMaxTreeDepth
-// of them, end it with E_FAIL and a log line under `prefix`.
-template <class Visit>
-HRESULT WalkParents(const INamePtr& name, LONG recNum, const char* prefix, Visit visit) {
+// of them, end it with E_FAIL and `cycle` logged under `prefix`.
+template <class Record, class Visit>
+HRESULT WalkParents(const ComPtr<Record>& record, LONG recNum, const char* prefix, Visit visit,
+                    const char* cycle = kCustomerJobCycle) {
   LONG chain[kMaxTreeDepth + 1] = {recNum};
   int length = 1;
-  INamePtr current = name;
+  ComPtr<Record> current = record;
   while (true) {
-    INamePtr parent;
+    ComPtr<Record> parent;
     LONG parentRecNum = 0;
     if (FAILED(current->GetParent(parent.ReleaseAndGetAddressOf())) || !parent ||
         FAILED(parent->GetRecNum(&parentRecNum)) || parentRecNum == 0)
       return S_OK;
     if (length > kMaxTreeDepth || std::find(chain, chain + length, parentRecNum) != chain + length)
-      RETURN_HR_LOG(E_FAIL, prefix, "The parents of a customerjob in LX lead back to it or nest deeper than a tree can.");
+      RETURN_HR_LOG(E_FAIL, prefix, cycle);
     chain[length++] = parentRecNum;
     visit(parentRecNum);
     current = parent;

@@ -13,6 +13,8 @@ constexpr char kAllCustomersPrefix[] = "Parcelon:CNA_Forms::PutAllCustomerRecNum
 constexpr char kStatementPrefix[] = "Parcelon:CNA_Forms::PutStatementRecNumsInMap(ICompanyFilePtr, long)";
 constexpr char kCustomerJobPrefix[] = "Parcelon:CNA_Forms::AddCustomerJobToMap(INamePtr)";
 constexpr char kTermPrefix[] = "Parcelon:CNA_Forms::AddTermToMap(ITermPtr)";
+constexpr char kItemPrefix[] = "Parcelon:CNA_Forms::AddItemToMap(IItemPtr)";
+constexpr char kItemCycle[] = "The parents or group members of an item in LX lead back to it.";
 
 bool IsDeletion(NASendType method) {
   return method == nastDELETE || method == nastVOID || method == nastPENDING;
@@ -201,4 +203,65 @@ HRESULT CUploadSelection::AddCustomerJobToMap(const INamePtr& name) {
   return parcelon::upload::WalkParents(name, recNum, kCustomerJobPrefix, [&](LONG parent) {
     map_(RecordKind::kCustomerJob, parent) = kMarkSelected;
   });
+}
+
+HRESULT CUploadSelection::MarkItem(const IItemPtr& item, std::unordered_set<LONG>& visited, IItemPtr& group,
+                                   LONG& recNum, LONG& count) {
+  group.Reset();
+  recNum = 0;
+  if (!item || FAILED(LOG_IF_FAILED(item->GetRecNum(&recNum), kItemPrefix,
+                                    "Failed to get record number from item in LX.  Skipping this optional field.")))
+    return S_OK;
+  // Met before: it and everything under it are marked already.
+  if (recNum == 0 || !visited.insert(recNum).second) return S_OK;
+  map_(RecordKind::kItem, recNum) = kMarkSelected;
+  RETURN_IF_FAILED(parcelon::upload::WalkParents(
+      item, recNum, kItemPrefix, [&](LONG parent) { map_(RecordKind::kItem, parent) = kMarkSelected; }, kItemCycle));
+  LONG type = 0;
+  if (FAILED(item->GetType(&type)) || (type != itGROUP && type != itTAXGROUP)) return S_OK;
+  if (FAILED(LOG_IF_FAILED(item->GetGroupCount(&count), kItemPrefix, "Failed to get group count from item in LX.  Continuing.")))
+    return S_OK;
+  group = item;
+  return S_OK;
+}
+
+HRESULT CUploadSelection::AddItemToMap(const IItemPtr& item) {
+  // Depth first through the groups with a stack of its own, so that deep nesting cannot
+  // exhaust the thread's stack; the groups on the stack are the path that a member must not
+  // lead back to.
+  struct Frame {
+    IItemPtr group;
+    LONG recNum;
+    LONG count;
+    LONG next;
+  };
+  std::vector<Frame> path;
+  std::unordered_set<LONG> onPath, visited;
+  const auto enter = [&](const IItemPtr& next) -> HRESULT {
+    Frame frame{nullptr, 0, 0, 1};
+    RETURN_IF_FAILED(MarkItem(next, visited, frame.group, frame.recNum, frame.count));
+    if (frame.group) {
+      onPath.insert(frame.recNum);
+      path.push_back(std::move(frame));
+    }
+    return S_OK;
+  };
+  RETURN_IF_FAILED(enter(item));
+  while (!path.empty()) {
+    Frame& top = path.back();
+    if (top.next > top.count) {
+      onPath.erase(top.recNum);
+      path.pop_back();
+      continue;
+    }
+    IItemPtr member;
+    if (FAILED(LOG_IF_FAILED(top.group->GetGroupItem(top.next++, member.ReleaseAndGetAddressOf()), kItemPrefix,
+                             "Failed to get group item from item in LX.  Skipping this one.")))
+      continue;
+    LONG memberRecNum = 0;
+    if (member && SUCCEEDED(member->GetRecNum(&memberRecNum)) && onPath.count(memberRecNum))
+      RETURN_HR_LOG(E_FAIL, kItemPrefix, kItemCycle);
+    RETURN_IF_FAILED(enter(member));
+  }
+  return S_OK;
 }

@@ -7,6 +7,7 @@
 // selected.
 #pragma once
 
+#include <unordered_set>
 #include <vector>
 
 #include "host/HostModel.h"
@@ -35,12 +36,20 @@ class CUploadSelection {
   // A record number that cannot be read is skipped.
   HRESULT AddCustomerJobToMap(const INamePtr& name);
   void AddTermToMap(const ITermPtr& terms);
+  // The item, its parents and, for a group, its members and theirs. Kept for the item uploads; no
+  // selection reaches it. A group that contains itself (directly or through other groups) or
+  // parents in a cycle end it with E_FAIL and a log line; a member met before is not walked again.
+  HRESULT AddItemToMap(const IItemPtr& item);
 
  private:
   // Marks the transaction `recNum` of `kind`, its terms and its customer (either may be null).
   HRESULT MarkTransaction(RecordKind kind, LONG recNum, const ITermPtr& terms, const INamePtr& customer);
   // One form's part of PutRecNumsInMap.
   HRESULT PutFormRecNumsInMap(const ICompanyFilePtr& company, INA_Form7* form);
+  // One item of AddItemToMap: marks it and its parents; `group` receives the item when it is a
+  // group whose members are still to walk, with their count.
+  HRESULT MarkItem(const IItemPtr& item, std::unordered_set<LONG>& visited, IItemPtr& group, LONG& recNum,
+                   LONG& count);
 
   CRecNumMap& map_;
   const std::vector<INA_Form7Ptr>& forms_;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "UploadTestSupport.h"
+#include "forms/FormParts.h"
 #include "refhost/CompanyData.h"
 #include "upload/UploadSelection.h"
 
@@ -262,6 +263,88 @@ TEST_F(SelectionTest, ParentChainsEndAtTheDeepestTreeLevel) {
   chain(CUploadSelection::kMaxTreeDepth + 1);
   Select({{naftSTATEMENT, 1, nastEMAIL, true, 1000}}, E_FAIL);
   EXPECT_EQ(Entry(kCustomerJobPrefix, kCycle), LogEntries().at(0));
+}
+
+// Items: 1 a group of 2 and 3; 3 a group of 4; 4 under parent 5.
+constexpr char kItems[] = R"({
+  "items": [
+    {"recNum": 1, "name": "Kit", "type": "group", "groupItems": [2, 3]},
+    {"recNum": 2, "name": "Part", "type": "part"},
+    {"recNum": 3, "name": "Sub kit", "type": "group", "groupItems": [4]},
+    {"recNum": 4, "name": "Hose", "type": "inventory", "parent": 5},
+    {"recNum": 5, "name": "Garden", "type": "service"}
+  ]
+})";
+
+class ItemSelectionTest : public UploadTest {
+ protected:
+  void SetUp() override {
+    UploadTest::SetUp();
+    UseCompany(kItems);
+  }
+  IItemPtr Item(LONG recNum) {
+    IListsPtr lists;
+    IItemsPtr items;
+    IItemPtr item;
+    EXPECT_EQ(S_OK, CompanyFile()->GetLists(lists.ReleaseAndGetAddressOf()));
+    EXPECT_EQ(S_OK, lists->GetItems(items.ReleaseAndGetAddressOf()));
+    EXPECT_EQ(S_OK, items->GetItemByRecNum(parcelon::forms::RecNumKey(recNum), item.ReleaseAndGetAddressOf()));
+    return item;
+  }
+  std::string Items(HRESULT expected, LONG recNum) {
+    map_.Clear();
+    EXPECT_EQ(expected, CUploadSelection(map_, forms_, false).AddItemToMap(Item(recNum)));
+    std::string text;
+    for (const auto& [number, mark] : map_.Of(RecordKind::kItem)) text += std::to_string(number) + " ";
+    return text;
+  }
+  std::vector<INA_Form7Ptr> forms_;
+  CRecNumMap map_;
+};
+
+const std::string kItemPrefix = "Parcelon:CNA_Forms::AddItemToMap(IItemPtr): ";
+const std::string kItemCycle = "The parents or group members of an item in LX lead back to it.";
+
+TEST_F(ItemSelectionTest, AGroupBringsItsMembersAndTheirParents) {
+  EXPECT_EQ("1 2 3 4 5 ", Items(S_OK, 1));
+  EXPECT_EQ("4 5 ", Items(S_OK, 4));
+  Inject({"IItem::GetGroupItem", 1, E_FAIL});
+  EXPECT_EQ("1 ", Items(S_OK, 1));
+  EXPECT_EQ((std::vector<std::string>(2, Entry(kItemPrefix, "Failed to get group item from item in LX.  Skipping this one."))),
+            LogEntries());
+  StartCase();
+  Inject({"IItem::GetGroupCount", 3, E_FAIL});
+  EXPECT_EQ("1 2 3 ", Items(S_OK, 1));
+  EXPECT_EQ(std::vector<std::string>{Entry(kItemPrefix, "Failed to get group count from item in LX.  Continuing.")},
+            LogEntries());
+}
+
+TEST_F(ItemSelectionTest, AGroupContainingItselfEndsTheWalk) {
+  Host().GetCompany().items.Find(3)->groupMembers = {4, 1};  // 1 -> 3 -> 1
+  EXPECT_EQ("1 2 3 4 5 ", Items(E_FAIL, 1));
+  Host().GetCompany().items.Find(3)->groupMembers = {3};
+  Items(E_FAIL, 3);
+  EXPECT_EQ((std::vector<std::string>(2, Entry(kItemPrefix, kItemCycle))), LogEntries());
+}
+
+// 40,000 members, each also in a second group and nested 40,000 deep: every one is marked once,
+// without deep recursion, counted past 16 bits.
+TEST_F(ItemSelectionTest, ManyAndDeeplyNestedMembersAreWalkedOnce) {
+  auto& items = Host().GetCompany().items;
+  constexpr LONG kMembers = 40000;
+  for (LONG recNum = 100; recNum < 100 + kMembers; ++recNum) {
+    refhost::Item item;
+    item.recNum = recNum;
+    item.name = u"Member";
+    item.type = itGROUP;
+    if (recNum + 1 < 100 + kMembers) item.groupMembers = {recNum + 1};
+    items.Add(std::move(item));
+  }
+  auto& kit = items.Find(1)->groupMembers;
+  for (LONG recNum = 100; recNum < 100 + kMembers; ++recNum) kit.push_back(recNum);
+  map_.Clear();
+  EXPECT_EQ(S_OK, CUploadSelection(map_, forms_, false).AddItemToMap(Item(1)));
+  EXPECT_EQ(size_t(5 + kMembers), map_.Of(RecordKind::kItem).size());
 }
 
 }  // namespace
