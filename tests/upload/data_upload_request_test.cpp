@@ -202,5 +202,59 @@ TEST_F(DataUploadRequestTest, AnUnreadableUploadTimeCountsAsNone) {
             LogEntries());
 }
 
+class LaterUploadTest : public DataUploadRequestTest {
+ protected:
+  // Stamps `record` as uploaded at `uploadTime` and changed at `modTime`.
+  static void Stamp(refhost::ListRecord& record, LONG uploadTime, LONG modTime) {
+    record.attributes = {{u"ParcelonUploadTime", u"{54901C71-3408-44fb-9031-7B4BB81D871C}", uploadTime}};
+    record.modTime = modTime;
+  }
+  refhost::Company& Company() { return Host().GetCompany(); }
+  // What the request carries, as "terms 1 2; customers 10 ..." from the marks of sent records.
+  std::string Sent() {
+    Build();
+    std::string text;
+    for (const auto& [name, kind] : {std::pair{"terms", RecordKind::kTerm}, std::pair{"customers", RecordKind::kCustomerJob}}) {
+      text += name;
+      for (const auto& [recNum, mark] : map_.Of(kind))
+        if (mark == kMarkSentSelected || mark == kMarkSentChanged) text += " " + std::to_string(recNum);
+      text += "; ";
+    }
+    return text;
+  }
+};
+
+// After an upload at kNow - 100: a term whose change equals its upload time is not sent; a
+// selected customer in the same state is, and one uploaded after its change is not.
+TEST_F(LaterUploadTest, AtEqualTimesATermIsNotSentButASelectedCustomerIs) {
+  ASSERT_EQ(S_OK, upload::StoreLastClientDataUploadTime(kNow - 100));
+  for (const LONG recNum : {1, 2}) Stamp(*Company().terms.Find(recNum), kNow - 100, kNow - 100);
+  for (const LONG recNum : {10, 11}) Stamp(*Company().names.Find(recNum), kNow - 100, kNow - 200);
+  Stamp(*Company().names.Find(12), kNow - 100, kNow - 100);
+  AddForm(naftINVOICE, 100);
+  EXPECT_EQ("terms; customers 12; ", Sent());
+  EXPECT_EQ(uint32_t(kMarkUnchanged), *map_.Find(RecordKind::kTerm, 1));
+  EXPECT_EQ(uint32_t(kMarkUnchanged), *map_.Find(RecordKind::kCustomerJob, 10));
+}
+
+// A customer changed after the last upload travels without a form, its parents with it; one that
+// never had an upload time is not found changed.
+TEST_F(LaterUploadTest, AChangedCustomerTravelsWithItsParents) {
+  ASSERT_EQ(S_OK, upload::StoreLastClientDataUploadTime(kNow - 100));
+  Stamp(*Company().names.Find(12), kNow - 300, kNow - 50);
+  Company().names.Find(20)->modTime = kNow - 50;
+  EXPECT_EQ("terms; customers 10 11 12; ", Sent());
+  EXPECT_EQ(uint32_t(kMarkSentChanged), *map_.Find(RecordKind::kCustomerJob, 12));
+  EXPECT_EQ(uint32_t(kMarkSentSelected), *map_.Find(RecordKind::kCustomerJob, 10));
+}
+
+// A last upload time after now counts as 0: every stamped, modified customer is found again by
+// the whole-list scan.
+TEST_F(LaterUploadTest, AnUploadTimeInTheFutureHidesNoChange) {
+  ASSERT_EQ(S_OK, upload::StoreLastClientDataUploadTime(kNow + 1000));
+  Stamp(*Company().names.Find(20), kNow - 300, kNow - 200);
+  EXPECT_EQ("terms; customers 20; ", Sent());
+}
+
 }  // namespace
 }  // namespace parcelon::test
