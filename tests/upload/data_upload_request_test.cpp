@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "UploadTestSupport.h"
+#include "refhost/SyntheticCompany.h"
 #include "upload/DataUploadRequest.h"
 #include "upload/UploadState.h"
 
@@ -254,6 +255,28 @@ TEST_F(LaterUploadTest, AnUploadTimeInTheFutureHidesNoChange) {
   ASSERT_EQ(S_OK, upload::StoreLastClientDataUploadTime(kNow + 1000));
   Stamp(*Company().names.Find(20), kNow - 300, kNow - 200);
   EXPECT_EQ("terms; customers 20; ", Sent());
+}
+
+// All customers of a company of 50 customers and jobs: each once, in ascending order, and nothing
+// else of the lists.
+TEST_F(DataUploadRequestTest, AllCustomersSendsEveryCustomerAndJobOnce) {
+  UseCompany(refhost::SyntheticCompanyJson(50));
+  doAllCustomers_ = true;
+  const std::string text = Build();
+  std::vector<LONG> sent;
+  for (size_t at = text.find("<CustomerJobItem"); at != std::string::npos; at = text.find("<CustomerJobItem", at + 1)) {
+    const size_t id = text.find("<ClientID>", at) + 10;
+    sent.push_back(std::stol(text.substr(id)));
+  }
+  std::vector<LONG> expected;
+  for (const auto& [recNum, mark] : map_.Of(RecordKind::kCustomerJob)) {
+    EXPECT_EQ(uint32_t(kMarkSentSelected), mark) << recNum;
+    expected.push_back(LONG(recNum));
+  }
+  EXPECT_EQ(50u, expected.size());
+  EXPECT_EQ(expected, sent);
+  EXPECT_EQ(std::string::npos, text.find("<TermsAdd>"));
+  EXPECT_EQ(std::string::npos, text.find("<InvoicesAdd>"));
 }
 
 }  // namespace
