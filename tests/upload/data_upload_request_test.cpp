@@ -175,6 +175,14 @@ TEST_F(DataUploadRequestTest, RequiredFailuresEndTheRequestWithTheirLines) {
        {Entry("Parcelon:CInvoiceBuilder::BuildXML(XMLBuilder&): ", "Failed to get create time stamp from invoice in LX."),
         Entry("Parcelon:CDataUploadHelper::AddInvoices(CRecNumMap&, XMLBuilder&): ", "Failed while building invoice XML."),
         Entry(rq, "Failed while adding invoices."), failedRq}},
+      {{"IInvoices::GetItemByRecNum", std::nullopt, E_FAIL},
+       {Entry("Parcelon:CNA_Forms::PutInvoiceRecNumsInMap(ICompanyFilePtr, long): ", "Failed to get item from invoices in LX"),
+        Entry("Parcelon:CNA_Forms::PutRecNumsInMap(ICompanyFilePtr): ", "Failed on mark invoice or its list items for upload."),
+        Entry(msgs, "Failed to put rec nums in map.")}},
+      {{"IAddInGoodies::GetCurrentCompanyFile", std::nullopt, E_FAIL},
+       {Entry("Parcelon:CNA_Form::GetCurrentCompanyFilePtr(ICompanyFilePtr&): ",
+              "Failed to attach to current company from add-in goodies in LX."),
+        Entry(msgs, "Failed to get company file ptr.")}},
       {{"IDataFilePropertyBag::Read", std::nullopt, E_FAIL}, {}},
   };
   ASSERT_EQ(S_OK, upload::StoreLastDataUploadToken("T"));
