@@ -182,13 +182,44 @@ HRESULT CUploadSelection::PutStatementRecNumsInMap(const ICompanyFilePtr& compan
   return AddCustomerJobToMap(customer);
 }
 
-void CUploadSelection::AddTermToMap(const ITermPtr& terms) {
-  if (!terms) return;
+template <class Record>
+void CUploadSelection::AddRecordToMap(const ComPtr<Record>& record, RecordKind kind, const char* prefix,
+                                      const char* message) {
+  if (!record) return;
   LONG recNum = 0;
-  if (FAILED(LOG_IF_FAILED(terms->GetRecNum(&recNum), kTermPrefix,
-                           "Failed to get record number from term in LX.  Skipping this optional field.")))
-    return;
-  if (recNum != 0) map_(RecordKind::kTerm, recNum) = kMarkSelected;
+  if (FAILED(LOG_IF_FAILED(record->GetRecNum(&recNum), prefix, message))) return;
+  if (recNum != 0) map_(kind, recNum) = kMarkSelected;
+}
+
+void CUploadSelection::AddTermToMap(const ITermPtr& terms) {
+  AddRecordToMap(terms, RecordKind::kTerm, kTermPrefix,
+                 "Failed to get record number from term in LX.  Skipping this optional field.");
+}
+
+void CUploadSelection::AddClassToMap(const IClassPtr& record) {
+  AddRecordToMap(record, RecordKind::kClass, "Parcelon:CNA_Forms::AddClassToMap(IClassPtr)",
+                 "Failed to get record number from class in LX.  Skipping this optional field.");
+}
+
+void CUploadSelection::AddCustomerMessageToMap(const ICustomerMessagePtr& record) {
+  AddRecordToMap(record, RecordKind::kCustomerMessage,
+                 "Parcelon:CNA_Forms::AddCustomerMessageToMap(ICustomerMessagePtr)",
+                 "Failed to get record number from customer message in LX.  Skipping this optional field.");
+}
+
+void CUploadSelection::AddSalesRepToMap(const ISalesRepPtr& record) {
+  AddRecordToMap(record, RecordKind::kSalesRep, "Parcelon:CNA_Forms::AddSalesRepToMap(ISalesRepPtr)",
+                 "Failed to get record number from sales rep in LX.  Skipping this optional field.");
+}
+
+void CUploadSelection::AddShipMethodToMap(const IShipMethodPtr& record) {
+  AddRecordToMap(record, RecordKind::kShipMethod, "Parcelon:CNA_Forms::AddShipMethodToMap(IShipMethodPtr)",
+                 "Failed to get record number from ship method in LX.  Skipping this optional field.");
+}
+
+void CUploadSelection::AddStyleToMap(const IStylePtr& record) {
+  AddRecordToMap(record, RecordKind::kStyle, "Parcelon:CNA_Forms::AddStyleToMap(IStylePtr)",
+                 "Failed to get record number from style in LX.  Skipping this optional field.");
 }
 
 HRESULT CUploadSelection::AddCustomerJobToMap(const INamePtr& name) {

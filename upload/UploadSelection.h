@@ -36,12 +36,22 @@ class CUploadSelection {
   // A record number that cannot be read is skipped.
   HRESULT AddCustomerJobToMap(const INamePtr& name);
   void AddTermToMap(const ITermPtr& terms);
+  // Kept for the uploads of the other lists; no selection reaches them.
+  void AddClassToMap(const IClassPtr& record);
+  void AddCustomerMessageToMap(const ICustomerMessagePtr& record);
+  void AddSalesRepToMap(const ISalesRepPtr& record);
+  void AddShipMethodToMap(const IShipMethodPtr& record);
+  void AddStyleToMap(const IStylePtr& record);
   // The item, its parents and, for a group, its members and theirs. Kept for the item uploads; no
   // selection reaches it. A group that contains itself (directly or through other groups) or
   // parents in a cycle end it with E_FAIL and a log line; a member met before is not walked again.
   HRESULT AddItemToMap(const IItemPtr& item);
 
  private:
+  // Marks `record` of `kind` selected unless its number is 0; a number that cannot be read is
+  // skipped after `message`.
+  template <class Record>
+  void AddRecordToMap(const ComPtr<Record>& record, RecordKind kind, const char* prefix, const char* message);
   // Marks the transaction `recNum` of `kind`, its terms and its customer (either may be null).
   HRESULT MarkTransaction(RecordKind kind, LONG recNum, const ITermPtr& terms, const INamePtr& customer);
   // One form's part of PutRecNumsInMap.

@@ -265,6 +265,34 @@ TEST_F(SelectionTest, ParentChainsEndAtTheDeepestTreeLevel) {
   EXPECT_EQ(Entry(kCustomerJobPrefix, kCycle), LogEntries().at(0));
 }
 
+// The kept members for the other lists mark their kind, skip record number 0 and a number that
+// cannot be read.
+TEST_F(SelectionTest, TheKeptMembersMarkTheirOwnKind) {
+  UseCompany(R"({"classes": [{"recNum": 4, "name": "East"}], "shipMethods": [{"recNum": 6, "name": "Truck"}]})");
+  IListsPtr lists;
+  IClassesPtr classes;
+  IClassPtr eastern;
+  IShipMethodsPtr methods;
+  IShipMethodPtr truck;
+  ASSERT_EQ(S_OK, CompanyFile()->GetLists(lists.ReleaseAndGetAddressOf()));
+  ASSERT_EQ(S_OK, lists->GetClasses(classes.ReleaseAndGetAddressOf()));
+  ASSERT_EQ(S_OK, classes->GetItem(0, eastern.ReleaseAndGetAddressOf()));
+  ASSERT_EQ(S_OK, lists->GetShipMethods(methods.ReleaseAndGetAddressOf()));
+  ASSERT_EQ(S_OK, methods->GetItem(0, truck.ReleaseAndGetAddressOf()));
+  CUploadSelection selection(map_, forms_, false);
+  selection.AddClassToMap(eastern);
+  selection.AddShipMethodToMap(truck);
+  EXPECT_EQ(uint32_t(kMarkSelected), *map_.Find(RecordKind::kClass, 4));
+  EXPECT_EQ(uint32_t(kMarkSelected), *map_.Find(RecordKind::kShipMethod, 6));
+  Inject({"IClass::GetRecNum", std::nullopt, E_FAIL});
+  map_.Clear();
+  selection.AddClassToMap(eastern);
+  EXPECT_EQ(0u, map_.Size());
+  EXPECT_EQ(std::vector<std::string>{Entry("Parcelon:CNA_Forms::AddClassToMap(IClassPtr): ",
+                                           "Failed to get record number from class in LX.  Skipping this optional field.")},
+            LogEntries());
+}
+
 // Items: 1 a group of 2 and 3; 3 a group of 4; 4 under parent 5.
 constexpr char kItems[] = R"({
   "items": [
