@@ -12,6 +12,7 @@
 #include "diagnostics/LogIfFailed.h"
 #include "forms/EnumToString.h"
 #include "platform/CodePage.h"
+#include "upload/DataUploadRequest.h"
 
 namespace {
 
@@ -218,17 +219,22 @@ HRESULT CNA_Forms::ReadCurrentForm(StringGetter getter, Bstr& value) const {
 }
 
 // ---- The company data upload ----------------------------------------------------------------
-// Until upload selection and the data upload request are in place no upload is ever due, so the
-// attributes are left as they are, no data message set is written and nothing is recorded.
+// The upload-time attributes are not removed yet and an accepted upload is not recorded yet.
 
 HRESULT CNA_Forms::DeleteUploadTimesIfAsked() { return S_OK; }
 
 HRESULT CNA_Forms::IsDataUploadDue(bool& due) {
-  due = false;
-  return S_OK;
+  return IsOkayToBuildLXDataMsgsRq(doAllCustomers_ != VARIANT_FALSE, currentForm_.Get(), &due);
 }
 
-HRESULT CNA_Forms::BuildDataMsgSet(XMLBuilder&) { return E_NOTIMPL; }
+HRESULT CNA_Forms::BuildDataMsgSet(XMLBuilder& builder) {
+  uploadWritten_ = false;
+  const DataUploadSession session{recNumMap_, forms_, forceNewCompany_ != VARIANT_FALSE,
+                                  doAllCustomers_ != VARIANT_FALSE, LONG(uploadScope_)};
+  RETURN_IF_FAILED(CDataUploadRequest(session).BuildLXDataMsgsRq(builder));
+  uploadWritten_ = true;
+  return S_OK;
+}
 
 HRESULT CNA_Forms::RecordAcceptedUpload() { return S_OK; }
 

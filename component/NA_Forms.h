@@ -16,6 +16,7 @@
 #include "interfaces/ParcelonInterfaces.h"
 #include "forms/PDFBuilder.h"
 #include "platform/Bstr.h"
+#include "upload/RecNumMap.h"
 
 class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
                         public INA_Base5,
@@ -103,8 +104,7 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
   HRESULT ReadCurrentForm(StringGetter getter, Bstr& value) const;
   HRESULT CompleteFormPass();
 
-  // The company data upload's steps. Until upload selection and the data upload request are
-  // built, no upload is ever due, so no data message set is written and nothing is recorded.
+  // The company data upload's steps.
   HRESULT DeleteUploadTimesIfAsked();
   HRESULT IsDataUploadDue(bool& due);
   HRESULT BuildDataMsgSet(XMLBuilder& builder);
@@ -126,4 +126,8 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
   bool dataUploadAccepted_ = false;
   // The form pass's request, cleared and written anew by every pass in the same memory.
   std::optional<XMLBuilder> request_;
+  // The records of the data upload the last BuildXML wrote, with the marks saying which were sent;
+  // uploadWritten_ tells whether that pass wrote one.
+  CRecNumMap recNumMap_;
+  bool uploadWritten_ = false;
 };

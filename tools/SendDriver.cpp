@@ -71,6 +71,7 @@ class Driver {
                            forms.ReleaseAndGetVoidAddress()),
           "creating NA_Forms");
     for (const FormSpec& form : plan_.forms) AddForm(forms.Get(), form);
+    if (plan_.allCustomers) Check(forms->put_DoAllCustomers(VARIANT_TRUE), "put_DoAllCustomers");
     ComPtr<INA_Base5> session;
     Check(forms.As(session), "INA_Base5");
     Check(session->Initialize(), "Initialize");

@@ -26,6 +26,8 @@ struct FormSpec {
 struct SendSpec {
   std::string ticket = "TICKET-0001";
   std::string authId = "AUTH-0001";
+  // The session's DoAllCustomers: every customer and job goes with the data upload.
+  bool allCustomers = false;
   std::vector<FormSpec> forms;
 };
 

@@ -15,7 +15,7 @@
 namespace {
 
 constexpr char kUsage[] =
-    "usage: parcelon build --company FIXTURE.json [--store STORE.db] [--ticket T] [--authid A]\n"
+    "usage: parcelon build --company FIXTURE.json [--store STORE.db] [--ticket T] [--authid A] [--all-customers]\n"
     "                      --form TYPE:RECNUM [form options] [--form ... [form options]]...\n"
     "  TYPE is invoice, estimate, statement or other; form options apply to the last --form:\n"
     "  --send email|fax|paper|none|delete|void|pending   --to --cc --bcc --from --reply-to\n"
@@ -72,6 +72,7 @@ Options ParseOptions(int argc, char** argv) {
     else if (option == "--store") options.store = value();
     else if (option == "--ticket") options.send.ticket = value();
     else if (option == "--authid") options.send.authId = value();
+    else if (option == "--all-customers") options.send.allCustomers = true;
     else if (option == "--form") options.send.forms.push_back(ParseForm(value()));
     else if (option == "--send") {
       int send;

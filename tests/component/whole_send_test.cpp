@@ -24,7 +24,15 @@ constexpr DATE k2009March1 = 39873, k2009March31 = 39903;
 struct Scenario {
   const char* name;
   std::vector<FormSpec> forms;
+  // The session's DoAllCustomers.
+  bool allCustomers = false;
 };
+
+// `form` with Post set: its records go with the data upload.
+FormSpec Posted(FormSpec form) {
+  form.post = true;
+  return form;
+}
 
 std::vector<Scenario> Scenarios() {
   FormSpec full = SampleForm(naftINVOICE, 1001, nastEMAIL);
@@ -53,6 +61,12 @@ std::vector<Scenario> Scenarios() {
       {"invoice-send-method-none", {SampleForm(naftINVOICE, 1001, nastNONE)}},
       {"two-forms-one-by-one", {first, second}},
       {"two-forms-synch-multiple", {firstTogether, second}},
+      {"upload-estimate-email-job-post", {Posted(SampleForm(naftESTIMATE, 2001, nastEMAIL))}},
+      {"upload-invoice-void-post", {Posted(SampleForm(naftINVOICE, 1001, nastVOID))}},
+      {"upload-all-customers", {SampleForm(naftINVOICE, 1002, nastFAX)}, true},
+      {"upload-several-forms-post",
+       {Posted(SampleForm(naftINVOICE, 1001, nastEMAIL)), SampleForm(naftINVOICE, 1003, nastFAX),
+        Posted(SampleForm(naftESTIMATE, 2002, nastPAPER_MAIL))}},
   };
 }
 
@@ -62,6 +76,7 @@ class WholeSendTest : public SampleSendTest, public ::testing::WithParamInterfac
   void ExpectTranscript(bool update) {
     SendSpec plan;
     plan.forms = GetParam().forms;
+    plan.allCustomers = GetParam().allCustomers;
     std::string transcript;
     EXPECT_EQ(S_OK, tools::RunSend(plan, transcript)) << transcript;
     transcript = WithoutTrnUIDs(transcript);

@@ -1,0 +1,291 @@
+// The data upload request against the reference host: whole texts of first and later uploads,
+// the per-record decisions and marks, removal notices, and failures with their log lines.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "UploadTestSupport.h"
+#include "refhost/SyntheticCompany.h"
+#include "upload/DataUploadRequest.h"
+#include "upload/UploadState.h"
+
+namespace parcelon::test {
+namespace {
+
+// Terms 1 (selected by the invoice) and 2 (selected by nothing); customer 10 with job 11 and
+// job 12 under it; customer 20. Uploaded at kNow - 100 where an attribute says so.
+constexpr char kCompany[] = R"({
+  "company": {"companyName": "Harbor & Pine", "legalCompanyName": "Harbor & Pine Ltd",
+              "legalAddress": {"lines": ["1 Quay"], "city": "Cork", "country": "IE"},
+              "phone": "555-0100", "email": "office@harbor.example",
+              "companyUID": "{7D0F6E2A-33C1-4B8E-9A51-2C4E8F10B7D3}"},
+  "terms": [
+    {"recNum": 1, "name": "Net 30", "stdDueDays": 30, "modTime": 1699990000},
+    {"recNum": 2, "name": "2% 10", "type": "dateDriven", "discountPct": 2, "modTime": 1699999900,
+     "attributes": [{"name": "ParcelonUploadTime", "owner": "{54901C71-3408-44fb-9031-7B4BB81D871C}", "value": 1699999900}]}
+  ],
+  "customers": [
+    {"recNum": 10, "name": "Siobhan", "companyName": "O'Brien Roofing", "email": "s@obrien.example"},
+    {"recNum": 11, "name": "Roof", "parent": 10, "jobStatus": "inProgress"},
+    {"recNum": 12, "name": "Gutters", "parent": 11, "jobStatus": "pending"},
+    {"recNum": 20, "name": "Pine"}
+  ],
+  "invoices": [{"recNum": 100, "transactionNumber": 1001, "date": "2023-11-01", "amount": "250.00",
+                "createTimeStamp": 1698800000, "customer": 12, "terms": 1, "invoiceNumber": "1001"}],
+  "estimates": [{"recNum": 200, "amount": "75.50", "customer": 20, "estimateNumber": "E-7"}]
+})";
+
+const std::string kHead =
+    "<LXDataMsgsRq version=\"1\">\n<DataUploadRq trnUID=\"*\">\n"
+    "<CompanyUID>{7D0F6E2A-33C1-4B8E-9A51-2C4E8F10B7D3}</CompanyUID>\n"
+    "<ForceNewCompany>N</ForceNewCompany>\n";
+const std::string kCompanyAdd =
+    "<CompanyAdd>\n<CompanyName>Harbor &amp; Pine</CompanyName>\n<LegalCompanyName>Harbor &amp; Pine Ltd</LegalCompanyName>\n"
+    "<LegalAddress>\n<Addr1>1 Quay</Addr1>\n<City>Cork</City>\n<Country>IE</Country>\n</LegalAddress>\n"
+    "<CompanyPhone>555-0100</CompanyPhone>\n<CompanyEmail>office@harbor.example</CompanyEmail>\n</CompanyAdd>\n";
+const std::string kTail = "</DataUploadRq>\n</LXDataMsgsRq>\n";
+
+class DataUploadRequestTest : public UploadTest {
+ protected:
+  void SetUp() override {
+    UploadTest::SetUp();
+    UseCompany(kCompany);
+  }
+
+  void AddForm(NAFormType type, LONG recNum, NASendType method = nastFAX, bool post = true) {
+    INA_Form7Ptr form = NewForm();
+    form->put_FormType(type);
+    form->put_TransactionRecordNumber(recNum);
+    form->put_SendMethod(method);
+    form->put_Post(post ? VARIANT_TRUE : VARIANT_FALSE);
+    forms_.push_back(form);
+  }
+
+  std::string Build(HRESULT expected = S_OK) {
+    DataUploadSession session{map_, forms_, forceNewCompany_, doAllCustomers_, 2};
+    return WithoutTrnUIDs(
+        Written(expected, [&](XMLBuilder& b) { return CDataUploadRequest(session).BuildLXDataMsgsRq(b); }));
+  }
+
+  std::vector<INA_Form7Ptr> forms_;
+  CRecNumMap map_;
+  bool forceNewCompany_ = false;
+  bool doAllCustomers_ = false;
+};
+
+TEST_F(DataUploadRequestTest, AFirstUploadSendsWhatTheFormsSelectAndTheChangedTerm) {
+  AddForm(naftINVOICE, 100);
+  EXPECT_EQ(kHead + "<LastDataUploadToken>0</LastDataUploadToken>\n<ClientSync>Y</ClientSync>\n" + kCompanyAdd +
+                "<TermsAdd>\n"
+                "<TermItem type=\"Standard\">\n<ClientID>1</ClientID>\n<Name>Net 30</Name>\n<Hidden>N</Hidden>\n"
+                "<TMModStamp>1699990000</TMModStamp>\n<StdDueDays>30</StdDueDays>\n<StdDiscountDays>0</StdDiscountDays>\n"
+                "<DayOfMonthDue>0</DayOfMonthDue>\n<DiscountDayOfMonth>0</DiscountDayOfMonth>\n<MinDays>0</MinDays>\n"
+                "</TermItem>\n</TermsAdd>\n"
+                "<CustomerJobsAdd>\n"
+                "<CustomerJobItem jobStatus=\"None\">\n<ClientID>10</ClientID>\n<Name>Siobhan</Name>\n<Hidden>N</Hidden>\n"
+                "<Sublevel>0</Sublevel>\n<CompanyName>O&apos;Brien Roofing</CompanyName>\n<Email>s@obrien.example</Email>\n"
+                "</CustomerJobItem>\n"
+                "<CustomerJobItem jobStatus=\"InProgress\">\n<ClientID>11</ClientID>\n<Name>Roof</Name>\n<Hidden>N</Hidden>\n"
+                "<ParentID>10</ParentID>\n<ParentRootID>10</ParentRootID>\n<Sublevel>1</Sublevel>\n</CustomerJobItem>\n"
+                "<CustomerJobItem jobStatus=\"Pending\">\n<ClientID>12</ClientID>\n<Name>Gutters</Name>\n<Hidden>N</Hidden>\n"
+                "<ParentID>11</ParentID>\n<ParentRootID>10</ParentRootID>\n<Sublevel>2</Sublevel>\n</CustomerJobItem>\n"
+                "</CustomerJobsAdd>\n"
+                "<InvoicesAdd>\n<Invoice>\n<ClientID>100</ClientID>\n<CustomerID>12</CustomerID>\n"
+                "<TMCreateStamp>1698800000</TMCreateStamp>\n<TMModStamp>0</TMModStamp>\n"
+                "<TranDate>20231101</TranDate>\n<TranNum>1001</TranNum>\n<TranType>Invoice</TranType>\n<Amt>250.00</Amt>\n"
+                "<TermsID>1</TermsID>\n<InvoiceNum>1001</InvoiceNum>\n"
+                "<SuggestedDiscountData>\n</SuggestedDiscountData>\n<AllowPayment>N</AllowPayment>\n</Invoice>\n"
+                "</InvoicesAdd>\n" +
+                kTail,
+            Build());
+  EXPECT_EQ(std::vector<std::string>{}, LogEntries());
+}
+
+// A term uploaded at the time of its last change is up to date: selected, it is not sent.
+TEST_F(DataUploadRequestTest, MarksSayWhatWasSentAndWhy) {
+  AddForm(naftESTIMATE, 200);
+  AddForm(naftINVOICE, 100, nastVOID);
+  const std::string text = Build();
+  EXPECT_NE(std::string::npos, text.find("<InvoicesDel>\n<ClientID>100</ClientID>\n</InvoicesDel>\n"));
+  EXPECT_EQ(std::string::npos, text.find("<InvoicesAdd>"));
+  EXPECT_EQ(std::string::npos, text.find("<TermsAdd>")) << "term 2 is up to date, term 1 selected by nothing";
+  EXPECT_EQ(uint32_t(kMarkDeleted), *map_.Find(RecordKind::kInvoice, 100));
+  EXPECT_EQ(uint32_t(kMarkSentSelected), *map_.Find(RecordKind::kEstimate, 200));
+  EXPECT_EQ(uint32_t(kMarkSentSelected), *map_.Find(RecordKind::kCustomerJob, 20));
+  EXPECT_EQ(nullptr, map_.Find(RecordKind::kTerm, 2));
+}
+
+TEST_F(DataUploadRequestTest, ATermEditedAfterItsUploadIsSentWithoutAForm) {
+  Host().GetCompany().terms.Find(2)->modTime = 1699999901;
+  AddForm(naftESTIMATE, 200, nastFAX, true);
+  const std::string text = Build();
+  EXPECT_NE(std::string::npos, text.find("<TermsAdd>\n<TermItem type=\"DateDriven\">\n<ClientID>2</ClientID>\n"));
+  EXPECT_NE(std::string::npos, text.find("<DiscountPct>2.00000</DiscountPct>\n<MinDays>0</MinDays>\n"));
+  EXPECT_EQ(uint32_t(kMarkSentChanged), *map_.Find(RecordKind::kTerm, 2));
+}
+
+TEST_F(DataUploadRequestTest, TheStoredTokenAndAnEMailedFormShowInTheHead) {
+  ASSERT_EQ(S_OK, upload::StoreLastDataUploadToken("TOKEN-9"));
+  forceNewCompany_ = true;
+  AddForm(naftESTIMATE, 200, nastEMAIL);
+  const std::string text = Build();
+  EXPECT_NE(std::string::npos,
+            text.find("<ForceNewCompany>Y</ForceNewCompany>\n<LastDataUploadToken>TOKEN-9</LastDataUploadToken>\n"
+                      "<ClientSync>N</ClientSync>\n"));
+}
+
+TEST_F(DataUploadRequestTest, OnlyPostOrAllCustomersMakeAnUploadDue) {
+  bool ok = true;
+  EXPECT_EQ(S_OK, IsOkayToBuildLXDataMsgsRq(false, nullptr, &ok));
+  EXPECT_FALSE(ok);
+  AddForm(naftINVOICE, 100, nastFAX, false);
+  EXPECT_EQ(S_OK, IsOkayToBuildLXDataMsgsRq(false, forms_[0].Get(), &ok));
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(S_OK, IsOkayToBuildLXDataMsgsRq(true, forms_[0].Get(), &ok));
+  EXPECT_TRUE(ok);
+  forms_[0]->put_Post(VARIANT_TRUE);
+  EXPECT_EQ(S_OK, IsOkayToBuildLXDataMsgsRq(false, forms_[0].Get(), &ok));
+  EXPECT_TRUE(ok);
+}
+
+TEST_F(DataUploadRequestTest, RequiredFailuresEndTheRequestWithTheirLines) {
+  const std::string rq = "Parcelon:CNA_Forms::BuildDataUploadRq(ICompanyFilePtr, XMLBuilder&): ";
+  const std::string msgs = "Parcelon:CNA_Forms::BuildLXDataMsgsRq(XMLBuilder&): ";
+  const std::string failedRq = Entry(msgs, "Failed to build data upload request.");
+  struct Case {
+    HostFault fault;
+    std::vector<std::string> log;
+  };
+  const Case cases[] = {
+      {{"ICompanyFile::GetCompanyInfo", std::nullopt, E_FAIL},
+       {Entry("Parcelon:CNA_Forms::BuildCompanyAdd(ICompanyFilePtr, XMLBuilder&): ",
+              "Failed to get company info from company file in LX."),
+        Entry(rq, "Failed while adding company."), failedRq}},
+      {{"ITerms::GetCount", std::nullopt, E_FAIL},
+       {Entry("Parcelon:CDataUploadHelper::AddTermItems(CRecNumMap&, XMLBuilder&): ",
+              "Failed to get count from terms in LX."),
+        Entry(rq, "Failed while adding term items."), failedRq}},
+      {{"IName::GetSubLevel", 11, E_FAIL},
+       {Entry("Parcelon:CCustomerJobItemBuilder::BuildXML(XMLBuilder&): ", "Failed to get sub level from customer in LX."),
+        Entry("Parcelon:CDataUploadHelper::AddCustomerJobItems(CRecNumMap&, XMLBuilder&): ",
+              "Failed while building customer job item XML."),
+        Entry(rq, "Failed while adding customerjob items."), failedRq}},
+      {{"IInvoice::GetCreateTimeStamp", std::nullopt, E_FAIL},
+       {Entry("Parcelon:CInvoiceBuilder::BuildXML(XMLBuilder&): ", "Failed to get create time stamp from invoice in LX."),
+        Entry("Parcelon:CDataUploadHelper::AddInvoices(CRecNumMap&, XMLBuilder&): ", "Failed while building invoice XML."),
+        Entry(rq, "Failed while adding invoices."), failedRq}},
+      {{"IInvoices::GetItemByRecNum", std::nullopt, E_FAIL},
+       {Entry("Parcelon:CNA_Forms::PutInvoiceRecNumsInMap(ICompanyFilePtr, long): ", "Failed to get item from invoices in LX"),
+        Entry("Parcelon:CNA_Forms::PutRecNumsInMap(ICompanyFilePtr): ", "Failed on mark invoice or its list items for upload."),
+        Entry(msgs, "Failed to put rec nums in map.")}},
+      {{"IAddInGoodies::GetCurrentCompanyFile", std::nullopt, E_FAIL},
+       {Entry("Parcelon:CNA_Form::GetCurrentCompanyFilePtr(ICompanyFilePtr&): ",
+              "Failed to attach to current company from add-in goodies in LX."),
+        Entry(msgs, "Failed to get company file ptr.")}},
+      {{"IDataFilePropertyBag::Read", std::nullopt, E_FAIL}, {}},
+  };
+  ASSERT_EQ(S_OK, upload::StoreLastDataUploadToken("T"));
+  AddForm(naftINVOICE, 100);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.fault.operation);
+    StartCase();
+    Inject(c.fault);
+    Build(E_FAIL);
+    if (!c.log.empty()) {
+      EXPECT_EQ(c.log, LogEntries());
+    }
+  }
+  EXPECT_EQ(Entry(rq, "Failed while getting last data upload token."), LogEntries().at(2));
+}
+
+// An upload time that cannot be read, or is not a long attribute, counts as none: the record is sent.
+TEST_F(DataUploadRequestTest, AnUnreadableUploadTimeCountsAsNone) {
+  AddForm(naftINVOICE, 100);
+  Inject({"ILongAttribute", std::nullopt, E_FAIL});
+  forms_.clear();
+  const std::string text = Build();
+  EXPECT_EQ(std::string::npos, text.find("<TermsAdd>"));
+  EXPECT_EQ(std::vector<std::string>{Entry("Parcelon:CDataUploadHelper::GetUploadTimeAttribute(IAttributeContainerPtr&, long*): ",
+                                           "Attribute is not a long attribute!", "0x80004002")},
+            LogEntries());
+}
+
+class LaterUploadTest : public DataUploadRequestTest {
+ protected:
+  // Stamps `record` as uploaded at `uploadTime` and changed at `modTime`.
+  static void Stamp(refhost::ListRecord& record, LONG uploadTime, LONG modTime) {
+    record.attributes = {{u"ParcelonUploadTime", u"{54901C71-3408-44fb-9031-7B4BB81D871C}", uploadTime}};
+    record.modTime = modTime;
+  }
+  refhost::Company& Company() { return Host().GetCompany(); }
+  // What the request carries, as "terms 1 2; customers 10 ..." from the marks of sent records.
+  std::string Sent() {
+    Build();
+    std::string text;
+    for (const auto& [name, kind] : {std::pair{"terms", RecordKind::kTerm}, std::pair{"customers", RecordKind::kCustomerJob}}) {
+      text += name;
+      for (const auto& [recNum, mark] : map_.Of(kind))
+        if (mark == kMarkSentSelected || mark == kMarkSentChanged) text += " " + std::to_string(recNum);
+      text += "; ";
+    }
+    return text;
+  }
+};
+
+// After an upload at kNow - 100: a term whose change equals its upload time is not sent; a
+// selected customer in the same state is, and one uploaded after its change is not.
+TEST_F(LaterUploadTest, AtEqualTimesATermIsNotSentButASelectedCustomerIs) {
+  ASSERT_EQ(S_OK, upload::StoreLastClientDataUploadTime(kNow - 100));
+  for (const LONG recNum : {1, 2}) Stamp(*Company().terms.Find(recNum), kNow - 100, kNow - 100);
+  for (const LONG recNum : {10, 11}) Stamp(*Company().names.Find(recNum), kNow - 100, kNow - 200);
+  Stamp(*Company().names.Find(12), kNow - 100, kNow - 100);
+  AddForm(naftINVOICE, 100);
+  EXPECT_EQ("terms; customers 12; ", Sent());
+  EXPECT_EQ(uint32_t(kMarkUnchanged), *map_.Find(RecordKind::kTerm, 1));
+  EXPECT_EQ(uint32_t(kMarkUnchanged), *map_.Find(RecordKind::kCustomerJob, 10));
+}
+
+// A customer changed after the last upload travels without a form, its parents with it; one that
+// never had an upload time is not found changed.
+TEST_F(LaterUploadTest, AChangedCustomerTravelsWithItsParents) {
+  ASSERT_EQ(S_OK, upload::StoreLastClientDataUploadTime(kNow - 100));
+  Stamp(*Company().names.Find(12), kNow - 300, kNow - 50);
+  Company().names.Find(20)->modTime = kNow - 50;
+  EXPECT_EQ("terms; customers 10 11 12; ", Sent());
+  EXPECT_EQ(uint32_t(kMarkSentChanged), *map_.Find(RecordKind::kCustomerJob, 12));
+  EXPECT_EQ(uint32_t(kMarkSentSelected), *map_.Find(RecordKind::kCustomerJob, 10));
+}
+
+// A last upload time after now counts as 0: every stamped, modified customer is found again by
+// the whole-list scan.
+TEST_F(LaterUploadTest, AnUploadTimeInTheFutureHidesNoChange) {
+  ASSERT_EQ(S_OK, upload::StoreLastClientDataUploadTime(kNow + 1000));
+  Stamp(*Company().names.Find(20), kNow - 300, kNow - 200);
+  EXPECT_EQ("terms; customers 20; ", Sent());
+}
+
+// All customers of a company of 50 customers and jobs: each once, in ascending order, and nothing
+// else of the lists.
+TEST_F(DataUploadRequestTest, AllCustomersSendsEveryCustomerAndJobOnce) {
+  UseCompany(refhost::SyntheticCompanyJson(50));
+  doAllCustomers_ = true;
+  const std::string text = Build();
+  std::vector<LONG> sent;
+  for (size_t at = text.find("<CustomerJobItem"); at != std::string::npos; at = text.find("<CustomerJobItem", at + 1)) {
+    const size_t id = text.find("<ClientID>", at) + 10;
+    sent.push_back(std::stol(text.substr(id)));
+  }
+  std::vector<LONG> expected;
+  for (const auto& [recNum, mark] : map_.Of(RecordKind::kCustomerJob)) {
+    EXPECT_EQ(uint32_t(kMarkSentSelected), mark) << recNum;
+    expected.push_back(LONG(recNum));
+  }
+  EXPECT_EQ(50u, expected.size());
+  EXPECT_EQ(expected, sent);
+  EXPECT_EQ(std::string::npos, text.find("<TermsAdd>"));
+  EXPECT_EQ(std::string::npos, text.find("<InvoicesAdd>"));
+}
+
+}  // namespace
+}  // namespace parcelon::test
