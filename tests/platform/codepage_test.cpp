@@ -158,11 +158,11 @@ TEST_F(CodePage, Edges) {
   EXPECT_EQ(wide, nullptr);
 }
 
-// A large document is converted with streaming stores from an aligned start; whatever the
+// A document beyond 64 MiB is converted with streaming stores from an aligned start; whatever the
 // alignment and wherever the non-ASCII bytes fall, it must read as the same text converted in
-// small pieces.
+// pieces small enough for ordinary stores.
 TEST(CodePageLarge, LargeTextReadsAsItsSmallPiecesDo) {
-  std::string text(3 * 1024 * 1024 + 37, 'a');
+  std::string text(64 * 1024 * 1024 + 37, 'a');
   for (size_t i = 0; i < text.size(); ++i) text[i] = char(0x20 + (i * 7) % 95);
   for (size_t i = 5; i < text.size(); i += 4099) text[i] = char(0x80 + i % 128);  // in some blocks only
   for (size_t offset : {size_t(0), size_t(1), size_t(3)}) {
@@ -170,8 +170,9 @@ TEST(CodePageLarge, LargeTextReadsAsItsSmallPiecesDo) {
     ASSERT_EQ(S_OK, parcelon::AnsiToBstr(text.data() + offset, text.size() - offset, &whole));
     const Bstr owned = Bstr::Attach(whole);
     ASSERT_EQ(owned.Length(), text.size() - offset);
-    for (size_t at = offset; at < text.size(); at += 1000) {
-      const size_t piece = std::min<size_t>(1000, text.size() - at);
+    constexpr size_t kPiece = 1000 * 1000 + 1;
+    for (size_t at = offset; at < text.size(); at += kPiece) {
+      const size_t piece = std::min<size_t>(kPiece, text.size() - at);
       BSTR small = nullptr;
       ASSERT_EQ(S_OK, parcelon::AnsiToBstr(text.data() + at, piece, &small));
       const Bstr smallOwned = Bstr::Attach(small);
