@@ -96,13 +96,13 @@ TEST_P(AllocationFailureTest, EveryRunGivesTheWholeRequestOrNoText) {
 
 // The form object itself: the complete request or E_OUTOFMEMORY with a null BSTR.
 TEST_P(AllocationFailureTest, TheFormHandsOutNoTextAfterAFailure) {
-  const tools::FormSpec spec = EMailedInvoice(GetParam());
+  const tools::FormSpec invoice = EMailedInvoice(GetParam());
   const INA_Form7Ptr form = NewForm();
-  ASSERT_EQ(S_OK, form->put_FormType(spec.type));
-  ASSERT_EQ(S_OK, form->put_TransactionRecordNumber(spec.recNum));
-  ASSERT_EQ(S_OK, form->put_SendMethod(spec.send));
-  ASSERT_EQ(S_OK, form->put_To(tools::ToBstr(spec.to).Get()));
-  ASSERT_EQ(S_OK, form->put_Text(tools::ToBstr(spec.text).Get()));
+  ASSERT_EQ(S_OK, form->put_FormType(invoice.type));
+  ASSERT_EQ(S_OK, form->put_TransactionRecordNumber(invoice.recNum));
+  ASSERT_EQ(S_OK, form->put_SendMethod(invoice.send));
+  ASSERT_EQ(S_OK, form->put_To(tools::ToBstr(invoice.to).Get()));
+  ASSERT_EQ(S_OK, form->put_Text(tools::ToBstr(invoice.text).Get()));
   const auto build = [&](uint64_t n, std::optional<std::string>& text) {
     StartCase();
     BSTR out = reinterpret_cast<BSTR>(1);
