@@ -28,7 +28,7 @@ void FreeRecordBlock(void* block, size_t bytes) noexcept {
 #if !defined(_WIN32)
   if (bytes >= kHugeBlockBytes) return std::free(block);
 #endif
-  ::operator delete(block, bytes);
+  ::operator delete(block);
 }
 
 }  // namespace parcelon::refhost
