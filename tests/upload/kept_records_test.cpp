@@ -55,12 +55,7 @@ class KeptRecordsTest : public UploadTest {
 
   template <class Builder, class Record, class List>
   std::string Build(HRESULT expected, HRESULT (STDMETHODCALLTYPE ILists::*getList)(List**), LONG recNum) {
-    IListsPtr lists;
-    ComPtr<List> list;
-    ComPtr<Record> record;
-    EXPECT_EQ(S_OK, CompanyFile()->GetLists(lists.ReleaseAndGetAddressOf()));
-    EXPECT_EQ(S_OK, (lists.Get()->*getList)(list.ReleaseAndGetAddressOf()));
-    EXPECT_EQ(S_OK, list->GetItemByRecNum(forms::RecNumKey(recNum), record.ReleaseAndGetAddressOf()));
+    const ComPtr<Record> record = FindListRecord<Record>(CompanyFile(), getList, recNum);
     return Written(expected, [&](XMLBuilder& b) { return Builder(record).BuildXML(b); });
   }
   std::string Class(HRESULT expected, LONG recNum) {

@@ -54,13 +54,7 @@ class RecordBuildersTest : public UploadTest {
 
   template <class Record, class List>
   ComPtr<Record> Find(HRESULT (STDMETHODCALLTYPE ILists::*getList)(List**), LONG recNum) {
-    IListsPtr lists;
-    ComPtr<List> list;
-    ComPtr<Record> record;
-    EXPECT_EQ(S_OK, CompanyFile()->GetLists(lists.ReleaseAndGetAddressOf()));
-    EXPECT_EQ(S_OK, (lists.Get()->*getList)(list.ReleaseAndGetAddressOf()));
-    EXPECT_EQ(S_OK, list->GetItemByRecNum(forms::RecNumKey(recNum), record.ReleaseAndGetAddressOf()));
-    return record;
+    return FindListRecord<Record>(CompanyFile(), getList, recNum);
   }
   std::string Term(HRESULT expected) {
     return Written(expected, [&](XMLBuilder& b) { return CTermItemBuilder(Find<ITerm>(&ILists::GetTerms, 2)).BuildXML(b); });
