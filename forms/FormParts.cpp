@@ -291,4 +291,34 @@ HRESULT AddSalesTaxLine(XMLBuilder& builder, XmlName lineElement, ISalesTransact
   return S_OK;
 }
 
+
+HRESULT AddSuggestedDiscount(XMLBuilder& builder, const IInvoicePtr& invoice, const ITermPtr& terms,
+                             const SuggestedDiscountWording& wording) {
+  // Terms whose read was skipped give no discount, and nothing is read from them.
+  if (!terms) return S_OK;
+  LONG termsRecNum = 0;
+  RETURN_IF_FAILED_LOG(terms->GetRecNum(&termsRecNum), wording.prefix, wording.termsRecNum);
+  if (termsRecNum == 0) return S_OK;
+
+  ITerm2Ptr terms2;
+  VARIANT_BOOL noDiscount = VARIANT_TRUE;
+  HRESULT hr = terms.As(terms2);
+  if (SUCCEEDED(hr)) hr = Required(terms2)->GetIsDiscountEmpty(&noDiscount);
+  if (FAILED(LOG_IF_FAILED(hr, wording.prefix, wording.terms2))) return S_OK;
+  IInvoice2Ptr invoice2;
+  if (FAILED(LOG_IF_FAILED(invoice.As(invoice2), wording.prefix, wording.amount2))) return S_OK;
+  if (noDiscount != VARIANT_FALSE) return S_OK;
+
+  const IID& source = IidOf<IInvoice2>();
+  builder.OpenAggregate("SuggestedDiscountData");
+  IAmountPtr discount;
+  ThrowIfFailed(Required(invoice2)->GetSuggestedDiscountAmount(discount.ReleaseAndGetAddressOf()), &source);
+  ThrowIfFailed(AddAmount(builder, "DiscountAmt", discount, false), &IidOf<IAmount>());
+  DATE discountDate = 0;
+  ThrowIfFailed(invoice2->GetSuggestedDiscountDate(&discountDate), &source);
+  AddHostDate(builder, "DiscountDate", discountDate);
+  builder.CloseAggregate("SuggestedDiscountData");
+  return S_OK;
+}
+
 }  // namespace parcelon::forms

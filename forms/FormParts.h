@@ -62,6 +62,21 @@ HRESULT LookUpInvoice(ICompanyFile* companyFile, LONG recNum, const char* prefix
 HRESULT LookUpEstimate(ICompanyFile* companyFile, LONG recNum, const char* prefix,
                        IEstimatePtr& estimate);
 
+// The messages of "SuggestedDiscountData", worded for the builder that writes it.
+struct SuggestedDiscountWording {
+  const char* prefix;
+  const char* termsRecNum;  // required: ends the build
+  const char* terms2;       // optional: the block is left out
+  const char* amount2;      // optional: the block is left out
+};
+
+// "SuggestedDiscountData" ("DiscountAmt", "DiscountDate"): the early-payment discount that the
+// invoice's terms suggest. Nothing is written for an invoice without terms (null or record number
+// 0) or for terms that suggest no discount; the discount values themselves are read through the
+// host interface wrapper (a failure throws).
+HRESULT AddSuggestedDiscount(XMLBuilder& builder, const IInvoicePtr& invoice, const ITermPtr& terms,
+                             const SuggestedDiscountWording& wording);
+
 // The messages of the header elements that invoices and estimates share, worded for one of them.
 struct SalesHeaderWording {
   const char* transactionNumber;

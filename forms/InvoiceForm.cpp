@@ -199,46 +199,14 @@ HRESULT CInvoiceDetailBuilder::BuildXML(XMLBuilder& builder) {
     LOG_IF_FAILED(AddAmount(builder, "BalRemaining", balance, true), kDetailPrefix,
                   "Failed converting amount to XML for balance remaining.  Skipping this optional element.");
 
-  RETURN_IF_FAILED(AddSuggestedDiscount(builder, terms));
+  static const parcelon::forms::SuggestedDiscountWording kDiscountWording = {
+      kDetailPrefix,
+      "Failed to get record number from term in LX while getting invoice's suggested discount data.",
+      "Failed to get term(2) in LX while building invoice detail.  Skipping suggested discount info.",
+      "Failed to get amount(2) in LX while building invoice detail.  Skipping suggested discount info.",
+  };
+  RETURN_IF_FAILED(parcelon::forms::AddSuggestedDiscount(builder, invoice_, terms, kDiscountWording));
   builder.CloseAggregate("InvoiceDetail");
-  return S_OK;
-}
-
-// "SuggestedDiscountData": the early-payment discount that the invoice's terms suggest. Invoices
-// without terms, and terms that suggest no discount, have none.
-HRESULT CInvoiceDetailBuilder::AddSuggestedDiscount(XMLBuilder& builder, const ITermPtr& terms) {
-  // Terms whose read was skipped for "Terms" give no discount, and nothing is read from them.
-  if (!terms) return S_OK;
-  LONG termsRecNum = 0;
-  RETURN_IF_FAILED_LOG(terms->GetRecNum(&termsRecNum), kDetailPrefix,
-                       "Failed to get record number from term in LX while getting invoice's suggested "
-                       "discount data.");
-  if (termsRecNum == 0) return S_OK;
-
-  ITerm2Ptr terms2;
-  VARIANT_BOOL noDiscount = VARIANT_TRUE;
-  HRESULT hr = terms.As(terms2);
-  if (SUCCEEDED(hr)) hr = Required(terms2)->GetIsDiscountEmpty(&noDiscount);
-  if (FAILED(LOG_IF_FAILED(hr, kDetailPrefix,
-                           "Failed to get term(2) in LX while building invoice detail.  Skipping "
-                           "suggested discount info.")))
-    return S_OK;
-  IInvoice2Ptr invoice2;
-  if (FAILED(LOG_IF_FAILED(invoice_.As(invoice2), kDetailPrefix,
-                           "Failed to get amount(2) in LX while building invoice detail.  Skipping "
-                           "suggested discount info.")))
-    return S_OK;
-  if (noDiscount != VARIANT_FALSE) return S_OK;
-
-  const IID& source = IidOf<IInvoice2>();
-  builder.OpenAggregate("SuggestedDiscountData");
-  IAmountPtr discount;
-  ThrowIfFailed(Required(invoice2)->GetSuggestedDiscountAmount(discount.ReleaseAndGetAddressOf()), &source);
-  ThrowIfFailed(AddAmount(builder, "DiscountAmt", discount, false), &IidOf<IAmount>());
-  DATE discountDate = 0;
-  ThrowIfFailed(invoice2->GetSuggestedDiscountDate(&discountDate), &source);
-  AddHostDate(builder, "DiscountDate", discountDate);
-  builder.CloseAggregate("SuggestedDiscountData");
   return S_OK;
 }
 

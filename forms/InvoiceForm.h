@@ -48,7 +48,6 @@ class CInvoiceDetailBuilder {
   double TotalAmount() const { return totalAmount_; }
 
  private:
-  HRESULT AddSuggestedDiscount(XMLBuilder& builder, const ITermPtr& terms);
 
   ICompanyFilePtr companyFile_;
   LONG recNum_;

@@ -135,45 +135,99 @@ HRESULT CDataUploadHelper::GetUploadTimeAttribute(IAttributeContainerPtr& attrib
   return S_OK;
 }
 
-HRESULT CDataUploadHelper::AddTermItems(CRecNumMap& map, XMLBuilder& builder) {
+// The list section writer: each record changed since its upload time is marked 2; each record of
+// the map marked 1 or 2 is written, unless it is up to date.
+template <class List, class Record, class Builder>
+HRESULT CDataUploadHelper::AddListItems(CRecNumMap& map, XMLBuilder& builder, const ListSection<List>& section) {
+  const char* const prefix = section.prefix;
   IListsPtr lists;
-  RETURN_IF_FAILED(GetLists(company_, kTermsPrefix, lists));
-  ITermsPtr terms;
-  RETURN_IF_FAILED_LOG(lists->GetTerms(terms.ReleaseAndGetAddressOf()), kTermsPrefix, "Failed to get terms from lists in LX.");
+  RETURN_IF_FAILED(GetLists(company_, prefix, lists));
+  ComPtr<List> list;
+  RETURN_IF_FAILED_LOG((lists.Get()->*section.getList)(list.ReleaseAndGetAddressOf()), prefix, section.listMessage);
   LONG count = 0;
-  RETURN_IF_FAILED_LOG(Required(terms)->GetCount(&count), kTermsPrefix, "Failed to get count from terms in LX.");
-  Section section(builder, "TermsAdd");
+  RETURN_IF_FAILED_LOG(Required(list)->GetCount(&count), prefix, section.countMessage);
+  Section element(builder, section.element);
   for (LONG index = 0; index < count; ++index) {
-    ITermPtr term;
+    ComPtr<Record> record;
     LONG recNum = 0;
-    HRESULT hr = terms->GetItem(index, term.ReleaseAndGetAddressOf());
-    if (SUCCEEDED(hr)) hr = Required(term)->GetRecNum(&recNum);
-    RETURN_IF_FAILED_LOG(hr, kTermsPrefix, "Failed to get record number from term in LX.");
+    HRESULT hr = list->GetItem(index, record.ReleaseAndGetAddressOf());
+    if (SUCCEEDED(hr)) hr = Required(record)->GetRecNum(&recNum);
+    RETURN_IF_FAILED_LOG(hr, prefix, section.recNumMessage);
     if (recNum == 0) continue;
     IAttributeContainerPtr attributes;
-    RETURN_IF_FAILED_LOG(term->GetAttributes(attributes.ReleaseAndGetAddressOf()), kTermsPrefix,
-                         "Failed to get attributes from term(4) in LX.");
+    RETURN_IF_FAILED_LOG(record->GetAttributes(attributes.ReleaseAndGetAddressOf()), prefix,
+                         section.attributesMessage);
     LONG uploadTime = 0;
     bool upToDate = false;
     if (GetUploadTimeAttribute(attributes, &uploadTime) == S_OK) {
       LONG modTime = 0;
-      RETURN_IF_FAILED_LOG(term->GetModTime(&modTime), kTermsPrefix, "Failed to get mod time from term in LX.");
+      RETURN_IF_FAILED_LOG(record->GetModTime(&modTime), prefix, section.modTimeMessage);
       // A changed record travels whether or not a form refers to it.
       if (modTime > uploadTime)
-        map(RecordKind::kTerm, recNum) = kMarkChanged;
+        map(section.kind, recNum) = kMarkChanged;
       else
         upToDate = true;
     }
-    uint32_t* const mark = map.Find(RecordKind::kTerm, recNum);
+    uint32_t* const mark = map.Find(section.kind, recNum);
     if (!mark) continue;
     if (upToDate && *mark == kMarkSelected) *mark = kMarkUnchanged;
     if (*mark != kMarkSelected && *mark != kMarkChanged) continue;
-    section.Open();
-    RETURN_IF_FAILED_LOG(CTermItemBuilder(term).BuildXML(builder), kTermsPrefix, "Failed while building term item XML.");
+    element.Open();
+    RETURN_IF_FAILED_LOG(Builder(record).BuildXML(builder), prefix, section.buildMessage);
     *mark = SentMark(*mark);
   }
-  section.Close();
+  element.Close();
   return S_OK;
+}
+
+HRESULT CDataUploadHelper::AddTermItems(CRecNumMap& map, XMLBuilder& builder) {
+  static const ListSection<ITerms> kTerms = {
+      RecordKind::kTerm, &ILists::GetTerms, "TermsAdd", kTermsPrefix,
+      "Failed to get terms from lists in LX.", "Failed to get count from terms in LX.",
+      "Failed to get record number from term in LX.", "Failed to get attributes from term(4) in LX.",
+      "Failed to get mod time from term in LX.", "Failed while building term item XML."};
+  return AddListItems<ITerms, ITerm, CTermItemBuilder>(map, builder, kTerms);
+}
+
+HRESULT CDataUploadHelper::AddClassItems(CRecNumMap& map, XMLBuilder& builder) {
+  static const ListSection<IClasses> kClasses = {
+      RecordKind::kClass, &ILists::GetClasses, "ClassesAdd",
+      "Parcelon:CDataUploadHelper::AddClassItems(CRecNumMap&, XMLBuilder&)",
+      "Failed to get classes from lists in LX.", "Failed to get count from classes in LX.",
+      "Failed to get record number from class in LX.", "Failed to get attributes from class(4) in LX.",
+      "Failed to get mod time from class in LX.", "Failed while building class item XML."};
+  return AddListItems<IClasses, IClass, CClassItemBuilder>(map, builder, kClasses);
+}
+
+HRESULT CDataUploadHelper::AddCustMessageItems(CRecNumMap& map, XMLBuilder& builder) {
+  static const ListSection<ICustomerMessages> kMessages = {
+      RecordKind::kCustomerMessage, &ILists::GetCustomerMessages, "CustMessagesAdd",
+      "Parcelon:CDataUploadHelper::AddCustMessageItems(CRecNumMap&, XMLBuilder&)",
+      "Failed to get customer messages from lists in LX.", "Failed to get count from customer messages in LX.",
+      "Failed to get record number from customer message in LX.",
+      "Failed to get attributes from customer message(4) in LX.",
+      "Failed to get mod time from customer message in LX.", "Failed while building customer message item XML."};
+  return AddListItems<ICustomerMessages, ICustomerMessage, CCustMessageItemBuilder>(map, builder, kMessages);
+}
+
+HRESULT CDataUploadHelper::AddSalesRepItems(CRecNumMap& map, XMLBuilder& builder) {
+  static const ListSection<ISalesReps> kSalesReps = {
+      RecordKind::kSalesRep, &ILists::GetSalesReps, "SalesRepsAdd",
+      "Parcelon:CDataUploadHelper::AddSalesRepItems(CRecNumMap&, XMLBuilder&)",
+      "Failed to get sales reps from lists in LX.", "Failed to get count from sales reps in LX.",
+      "Failed to get record number from sales rep in LX.", "Failed to get attributes from sales rep(4) in LX.",
+      "Failed to get mod time from sales rep in LX.", "Failed while building sales rep item XML."};
+  return AddListItems<ISalesReps, ISalesRep, CSalesRepItemBuilder>(map, builder, kSalesReps);
+}
+
+HRESULT CDataUploadHelper::AddShipMethodItems(CRecNumMap& map, XMLBuilder& builder) {
+  static const ListSection<IShipMethods> kShipMethods = {
+      RecordKind::kShipMethod, &ILists::GetShipMethods, "ShipMethodsAdd",
+      "Parcelon:CDataUploadHelper::AddShipMethodItems(CRecNumMap&, XMLBuilder&)",
+      "Failed to get ship methods from lists in LX.", "Failed to get count from ship methods in LX.",
+      "Failed to get record number from ship method in LX.", "Failed to get attributes from ship method(4) in LX.",
+      "Failed to get mod time from ship method in LX.", "Failed while building ship method item XML."};
+  return AddListItems<IShipMethods, IShipMethod, CShipMethodItemBuilder>(map, builder, kShipMethods);
 }
 
 HRESULT CDataUploadHelper::IsChangedCustomer(const INamePtr& customer, bool& changed) {

@@ -33,12 +33,34 @@ class CDataUploadHelper {
   HRESULT AddDeletedInvoices(CRecNumMap& map, XMLBuilder& builder);
   HRESULT AddEstimates(CRecNumMap& map, XMLBuilder& builder);
   HRESULT AddDeletedEstimates(CRecNumMap& map, XMLBuilder& builder);
+  // Kept beside them; the request build does not call them.
+  HRESULT AddClassItems(CRecNumMap& map, XMLBuilder& builder);
+  HRESULT AddCustMessageItems(CRecNumMap& map, XMLBuilder& builder);
+  HRESULT AddSalesRepItems(CRecNumMap& map, XMLBuilder& builder);
+  HRESULT AddShipMethodItems(CRecNumMap& map, XMLBuilder& builder);
 
   // The upload time of a record into *value: S_OK when it has one, S_FALSE when it has none. An
   // attribute that cannot be read or is of another type is logged and counts as none.
   HRESULT GetUploadTimeAttribute(IAttributeContainerPtr& attributes, LONG* value);
 
  private:
+  // A list section: its records' kind and list, its element and its messages.
+  template <class List>
+  struct ListSection {
+    RecordKind kind;
+    HRESULT (STDMETHODCALLTYPE ILists::*getList)(List**);
+    XmlName element;
+    const char* prefix;
+    const char* listMessage;
+    const char* countMessage;
+    const char* recNumMessage;
+    const char* attributesMessage;
+    const char* modTimeMessage;
+    const char* buildMessage;
+  };
+  template <class List, class Record, class Builder>
+  HRESULT AddListItems(CRecNumMap& map, XMLBuilder& builder, const ListSection<List>& section);
+
   // The customer/job `customer` with mark 2, and its parents not yet in the map with mark 1.
   HRESULT MarkChangedCustomer(CRecNumMap& map, const INamePtr& customer);
   // Whether `customer` counts as changed in the change scan: it has an upload time above 0.

@@ -11,6 +11,10 @@ namespace {
 
 constexpr char kTermPrefix[] = "Parcelon:CTermItemBuilder::BuildXML(XMLBuilder&)";
 constexpr char kCustomerPrefix[] = "Parcelon:CCustomerJobItemBuilder::BuildXML(XMLBuilder&)";
+constexpr char kClassPrefix[] = "Parcelon:CClassItemBuilder::BuildXML(XMLBuilder&)";
+constexpr char kCustMessagePrefix[] = "Parcelon:CCustMessageItemBuilder::BuildXML(XMLBuilder&)";
+constexpr char kSalesRepPrefix[] = "Parcelon:CSalesRepItemBuilder::BuildXML(XMLBuilder&)";
+constexpr char kShipMethodPrefix[] = "Parcelon:CShipMethodItemBuilder::BuildXML(XMLBuilder&)";
 
 // Opens `element` with the attribute `attribute` = `value`, or without it when `value` is empty.
 void OpenWithAttribute(XMLBuilder& builder, XmlName element, const char* attribute, const OLAString& value) {
@@ -37,6 +41,45 @@ HRESULT AddIdentity(XMLBuilder& builder, IListElement* record, const char* prefi
   return S_OK;
 }
 
+// "TMModStamp": the record's modification time, optional and left out when it is zero.
+void AddModStamp(XMLBuilder& builder, IListElement* record, const char* prefix, const char* message) {
+  LONG modTime = 0;
+  if (SUCCEEDED(LOG_IF_FAILED(record->GetModTime(&modTime), prefix, message)) && modTime != 0)
+    builder.AddLongElement("TMModStamp", modTime);
+}
+
+// The messages of a kept list record's first children, worded for its kind.
+struct KeptRecordWording {
+  const char* prefix;
+  const char* recNum;
+  const char* name;
+  const char* hidden;
+  const char* modTime;
+};
+
+// Opens `element` and writes "ClientID", "Name", "Hidden" and "TMModStamp" of a kept list record.
+HRESULT OpenKeptRecord(XMLBuilder& builder, XmlName element, IListElement* record, const KeptRecordWording& w) {
+  builder.OpenAggregate(element);
+  RETURN_IF_FAILED(AddIdentity(builder, record, w.prefix, w.recNum, w.name, w.hidden));
+  AddModStamp(builder, record, w.prefix, w.modTime);
+  return S_OK;
+}
+
+// "ParentID" or "ParentRootID": the record number of the record that `getParent` gives, when
+// there is one; both reads are optional.
+template <class Record>
+void AddParentReference(XMLBuilder& builder, Record* record, XmlName name,
+                        HRESULT (STDMETHODCALLTYPE Record::*getParent)(Record**), const char* prefix,
+                        const char* parentMessage, const char* recNumMessage) {
+  ComPtr<Record> parent;
+  if (FAILED(LOG_IF_FAILED((record->*getParent)(parent.ReleaseAndGetAddressOf()), prefix, parentMessage)) || !parent)
+    return;
+  LONG recNum = 0;
+  if (SUCCEEDED(LOG_IF_FAILED(parent->GetRecNum(&recNum), prefix, recNumMessage))) builder.AddLongElement(name, recNum);
+}
+
+#define PARCELON_OPTIONAL(text) text "  Skipping this optional element."
+
 // A required whole-number field of a term.
 HRESULT AddTermDays(XMLBuilder& builder, ITerm* term, HRESULT (STDMETHODCALLTYPE ITerm::*get)(LONG*), XmlName name,
                     const char* message) {
@@ -58,11 +101,7 @@ HRESULT CTermItemBuilder::BuildXML(XMLBuilder& builder) {
 
   RETURN_IF_FAILED(AddIdentity(builder, term, kTermPrefix, "Failed to get record number from term in LX.",
                                "Failed to get name from term in LX.", "Failed to get hidden from term in LX."));
-  LONG modTime = 0;
-  if (SUCCEEDED(LOG_IF_FAILED(term->GetModTime(&modTime), kTermPrefix,
-                              "Failed to get mod time from term in LX.  Skipping this optional element.")) &&
-      modTime != 0)
-    builder.AddLongElement("TMModStamp", modTime);
+  AddModStamp(builder, term, kTermPrefix, PARCELON_OPTIONAL("Failed to get mod time from term in LX."));
   RETURN_IF_FAILED(AddTermDays(builder, term, &ITerm::GetStdDueDays, "StdDueDays",
                                "Failed to get standard due days from term in LX."));
   RETURN_IF_FAILED(AddTermDays(builder, term, &ITerm::GetStdDiscountDays, "StdDiscountDays",
@@ -88,19 +127,6 @@ HRESULT CTermItemBuilder::BuildXML(XMLBuilder& builder) {
   return S_OK;
 }
 
-void CCustomerJobItemBuilder::AddParentReference(XmlName name, HRESULT (STDMETHODCALLTYPE IName::*getParent)(IName**),
-                                                 const char* parentMessage, const char* recNumMessage,
-                                                 XMLBuilder& builder) {
-  INamePtr parent;
-  if (FAILED(LOG_IF_FAILED((customer_.Get()->*getParent)(parent.ReleaseAndGetAddressOf()), kCustomerPrefix,
-                           parentMessage)) ||
-      !parent)
-    return;
-  LONG recNum = 0;
-  if (SUCCEEDED(LOG_IF_FAILED(parent->GetRecNum(&recNum), kCustomerPrefix, recNumMessage)))
-    builder.AddLongElement(name, recNum);
-}
-
 HRESULT CCustomerJobItemBuilder::BuildXML(XMLBuilder& builder) {
   IName* const customer = Required(customer_);
   IJobInfoPtr jobInfo;
@@ -115,16 +141,14 @@ HRESULT CCustomerJobItemBuilder::BuildXML(XMLBuilder& builder) {
 
   RETURN_IF_FAILED(AddIdentity(builder, customer, kCustomerPrefix, "Failed to get record number from customer in LX.",
                                "Failed to get name from customer in LX.", "Failed to get hidden from customer in LX."));
-  AddParentReference("ParentID", &IName::GetParent,
-                     "Failed to get parent name from customer in LX.  Skipping this optional element.",
-                     "Failed to get record number from customer in LX while getting customer's parent name.  "
-                     "Skipping this optional element.",
-                     builder);
-  AddParentReference("ParentRootID", &IName::GetParentRoot,
-                     "Failed to get parent name root from customer in LX.  Skipping this optional element.",
-                     "Failed to get record number from customer in LX while getting customer's parent name root.  "
-                     "Skipping this optional element.",
-                     builder);
+  AddParentReference(builder, customer, "ParentID", &IName::GetParent, kCustomerPrefix,
+                     PARCELON_OPTIONAL("Failed to get parent name from customer in LX."),
+                     PARCELON_OPTIONAL("Failed to get record number from customer in LX while getting customer's "
+                                       "parent name."));
+  AddParentReference(builder, customer, "ParentRootID", &IName::GetParentRoot, kCustomerPrefix,
+                     PARCELON_OPTIONAL("Failed to get parent name root from customer in LX."),
+                     PARCELON_OPTIONAL("Failed to get record number from customer in LX while getting customer's "
+                                       "parent name root."));
   LONG level = 0;
   RETURN_IF_FAILED_LOG(customer->GetSubLevel(&level), kCustomerPrefix, "Failed to get sub level from customer in LX.");
   builder.AddLongElement("Sublevel", level);
@@ -174,3 +198,68 @@ HRESULT CCustomerJobItemBuilder::BuildXML(XMLBuilder& builder) {
   builder.CloseAggregate("CustomerJobItem");
   return S_OK;
 }
+
+HRESULT CClassItemBuilder::BuildXML(XMLBuilder& builder) {
+  IClass* const record = Required(class_);
+  RETURN_IF_FAILED(OpenKeptRecord(builder, "ClassItem", record,
+                                  {kClassPrefix, "Failed to get record number from class in LX.",
+                                   "Failed to get name from class in LX.", "Failed to get hidden from class in LX.",
+                                   PARCELON_OPTIONAL("Failed to get mod time from class in LX.")}));
+  AddParentReference(builder, record, "ParentID", &IClass::GetParent, kClassPrefix,
+                     PARCELON_OPTIONAL("Failed to get parent class from class in LX."),
+                     PARCELON_OPTIONAL("Failed to get record number from class in LX while getting class's "
+                                       "parent class."));
+  AddParentReference(builder, record, "ParentRootID", &IClass::GetParentRoot, kClassPrefix,
+                     PARCELON_OPTIONAL("Failed to get parent class root from class in LX."),
+                     PARCELON_OPTIONAL("Failed to get record number from class in LX while getting class's "
+                                       "parent class root."));
+  LONG level = 0;
+  if (SUCCEEDED(LOG_IF_FAILED(record->GetSubLevel(&level), kClassPrefix,
+                              PARCELON_OPTIONAL("Failed to get sub level from class in LX."))))
+    builder.AddLongElement("Sublevel", level);
+  builder.CloseAggregate("ClassItem");
+  return S_OK;
+}
+
+HRESULT CCustMessageItemBuilder::BuildXML(XMLBuilder& builder) {
+  // The hidden flag's message ends in two full stops, kept as it stands.
+  RETURN_IF_FAILED(OpenKeptRecord(builder, "CustMessageItem", Required(message_),
+                                  {kCustMessagePrefix, "Failed to get record number from customer message in LX.",
+                                   "Failed to get name from customer message in LX.",
+                                   "Failed to get hidden from customer message in LX..",
+                                   PARCELON_OPTIONAL("Failed to get mod time from customer message in LX.")}));
+  builder.CloseAggregate("CustMessageItem");
+  return S_OK;
+}
+
+HRESULT CSalesRepItemBuilder::BuildXML(XMLBuilder& builder) {
+  ISalesRep* const salesRep = Required(salesRep_);
+  RETURN_IF_FAILED(OpenKeptRecord(builder, "SalesRepItem", salesRep,
+                                  {kSalesRepPrefix, "Failed to get record number from sales rep in LX.",
+                                   "Failed to get name from sales rep in LX.",
+                                   "Failed to get hidden from sales rep in LX.",
+                                   PARCELON_OPTIONAL("Failed to get mod time from sales rep in LX.")}));
+  INamePtr name;
+  LONG recNum = 0;
+  if (SUCCEEDED(LOG_IF_FAILED(salesRep->GetAssociatedName(name.ReleaseAndGetAddressOf()), kSalesRepPrefix,
+                              PARCELON_OPTIONAL("Failed to get associated name from sales rep in LX."))) &&
+      name &&
+      SUCCEEDED(LOG_IF_FAILED(name->GetRecNum(&recNum), kSalesRepPrefix,
+                              PARCELON_OPTIONAL("Failed to get record number from associated name in LX while "
+                                                "getting sales rep's associated name ID."))))
+    builder.AddLongElement("AssocNameID", recNum);
+  builder.CloseAggregate("SalesRepItem");
+  return S_OK;
+}
+
+HRESULT CShipMethodItemBuilder::BuildXML(XMLBuilder& builder) {
+  RETURN_IF_FAILED(OpenKeptRecord(builder, "ShipMethodItem", Required(shipMethod_),
+                                  {kShipMethodPrefix, "Failed to get record number from ship method in LX.",
+                                   "Failed to get name from ship method in LX.",
+                                   "Failed to get hidden from ship method in LX.",
+                                   PARCELON_OPTIONAL("Failed to get mod time from ship method in LX.")}));
+  builder.CloseAggregate("ShipMethodItem");
+  return S_OK;
+}
+
+#undef PARCELON_OPTIONAL

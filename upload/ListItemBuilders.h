@@ -1,6 +1,7 @@
 // The list records of the data upload: "TermItem" (CTermItemBuilder) and "CustomerJobItem"
-// (CCustomerJobItemBuilder). A required value that cannot be read is logged and returned with the
-// element left open; an optional one is logged ("... Skipping this optional element.") and left out.
+// (CCustomerJobItemBuilder), and the kept builders of classes, customer messages, sales reps and
+// ship methods. A required value that cannot be read is logged and returned with the element left
+// open; an optional one is logged ("... Skipping this optional element.") and left out.
 #pragma once
 
 #include "clienttools/XMLBuilder.h"
@@ -23,9 +24,45 @@ class CCustomerJobItemBuilder {
   HRESULT BuildXML(XMLBuilder& builder);
 
  private:
-  // "ParentID" or "ParentRootID": the record number of `getParent`'s record, when there is one.
-  void AddParentReference(XmlName name, HRESULT (STDMETHODCALLTYPE IName::*getParent)(IName**),
-                          const char* parentMessage, const char* recNumMessage, XMLBuilder& builder);
-
   INamePtr customer_;
+};
+
+class CClassItemBuilder {
+ public:
+  explicit CClassItemBuilder(IClassPtr itemClass) : class_(std::move(itemClass)) {}
+  virtual ~CClassItemBuilder() = default;
+  HRESULT BuildXML(XMLBuilder& builder);
+
+ private:
+  IClassPtr class_;
+};
+
+class CCustMessageItemBuilder {
+ public:
+  explicit CCustMessageItemBuilder(ICustomerMessagePtr message) : message_(std::move(message)) {}
+  virtual ~CCustMessageItemBuilder() = default;
+  HRESULT BuildXML(XMLBuilder& builder);
+
+ private:
+  ICustomerMessagePtr message_;
+};
+
+class CSalesRepItemBuilder {
+ public:
+  explicit CSalesRepItemBuilder(ISalesRepPtr salesRep) : salesRep_(std::move(salesRep)) {}
+  virtual ~CSalesRepItemBuilder() = default;
+  HRESULT BuildXML(XMLBuilder& builder);
+
+ private:
+  ISalesRepPtr salesRep_;
+};
+
+class CShipMethodItemBuilder {
+ public:
+  explicit CShipMethodItemBuilder(IShipMethodPtr shipMethod) : shipMethod_(std::move(shipMethod)) {}
+  virtual ~CShipMethodItemBuilder() = default;
+  HRESULT BuildXML(XMLBuilder& builder);
+
+ private:
+  IShipMethodPtr shipMethod_;
 };

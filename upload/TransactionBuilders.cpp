@@ -70,9 +70,9 @@ const HeaderWording kEstimateWording = {
 };
 #undef PARCELON_OPTIONAL
 
-// Children 1 to 11 of "Invoice" and "Estimate"; `termsRecNum` receives the terms' record number
-// (0 for none).
-HRESULT AddHeader(XMLBuilder& builder, ISalesTransaction* transaction, const HeaderWording& w, LONG& termsRecNum) {
+// Children 1 to 11 of "Invoice" and "Estimate"; `terms` receives the terms that were read (null
+// when their read was skipped).
+HRESULT AddHeader(XMLBuilder& builder, ISalesTransaction* transaction, const HeaderWording& w, ITermPtr& terms) {
   const char* const prefix = w.prefix;
   LONG recNum = 0;
   RETURN_IF_FAILED_LOG(transaction->GetRecNum(&recNum), prefix, w.recNum);
@@ -112,10 +112,9 @@ HRESULT AddHeader(XMLBuilder& builder, ISalesTransaction* transaction, const Hea
   RETURN_IF_FAILED_LOG(parcelon::forms::ElementStatus(builder.AddFixedElement("Amt", value, 2)), prefix,
                        "Failed converting amount to XML for amt.");
 
-  ITermPtr terms;
-  termsRecNum = 0;
-  if (SUCCEEDED(LOG_IF_FAILED(transaction->GetTerms(terms.ReleaseAndGetAddressOf()), prefix, w.terms)) && terms &&
-      SUCCEEDED(LOG_IF_FAILED(terms->GetRecNum(&termsRecNum), prefix, w.termsRecNum)) && termsRecNum != 0)
+  LONG termsRecNum = 0;
+  if (FAILED(LOG_IF_FAILED(transaction->GetTerms(terms.ReleaseAndGetAddressOf()), prefix, w.terms))) terms.Reset();
+  if (terms && SUCCEEDED(LOG_IF_FAILED(terms->GetRecNum(&termsRecNum), prefix, w.termsRecNum)) && termsRecNum != 0)
     builder.AddLongElement("TermsID", termsRecNum);
 
   IAddressPtr address;
@@ -130,8 +129,8 @@ HRESULT AddHeader(XMLBuilder& builder, ISalesTransaction* transaction, const Hea
 HRESULT CInvoiceBuilder::BuildXML(XMLBuilder& builder) {
   IInvoice* const invoice = Required(invoice_);
   builder.OpenAggregate("Invoice");
-  LONG termsRecNum = 0;
-  RETURN_IF_FAILED(AddHeader(builder, invoice, kInvoiceWording, termsRecNum));
+  ITermPtr terms;
+  RETURN_IF_FAILED(AddHeader(builder, invoice, kInvoiceWording, terms));
 
   Bstr number;
   if (SUCCEEDED(LOG_IF_FAILED(invoice->GetInvoiceNumber(number.Out()), kInvoicePrefix,
@@ -144,26 +143,18 @@ HRESULT CInvoiceBuilder::BuildXML(XMLBuilder& builder) {
     LOG_IF_FAILED(parcelon::forms::AddAmount(builder, "BalRemaining", balance, true), kInvoicePrefix,
                   "Failed converting amount to XML for balance remaining.  Skipping this optional element.");
 
-  // The discount the terms offer, and whether the customer may pay online, come from the
-  // invoice's second version.
+  static const parcelon::forms::SuggestedDiscountWording kDiscountWording = {
+      kInvoicePrefix,
+      "Failed to get record number from term in LX while getting estimate's suggested discount data.",
+      "Failed to get term(2) in LX while building invoice. Skipping suggested discount info.",
+      "Failed to get amount(2) in LX while building invoice. Skipping suggested discount info.",
+  };
+  RETURN_IF_FAILED(parcelon::forms::AddSuggestedDiscount(builder, invoice_, terms, kDiscountWording));
+
+  // Whether the customer may pay online comes from the invoice's second version.
   IInvoice2Ptr invoice2;
-  const HRESULT secondVersion = invoice_.As(invoice2);
-  if (termsRecNum != 0) {
-    IAmountPtr discount;
-    DATE discountDate = 0;
-    hr = secondVersion;
-    if (SUCCEEDED(hr)) hr = invoice2->GetSuggestedDiscountAmount(discount.ReleaseAndGetAddressOf());
-    if (SUCCEEDED(hr)) hr = invoice2->GetSuggestedDiscountDate(&discountDate);
-    if (SUCCEEDED(LOG_IF_FAILED(hr, kInvoicePrefix,
-                                "Failed to get amount(2) in LX while building invoice. Skipping suggested discount info."))) {
-      builder.OpenAggregate("SuggestedDiscountData");
-      parcelon::forms::AddAmount(builder, "DiscountAmt", discount, true);
-      parcelon::forms::AddHostDate(builder, "DiscountDate", discountDate);
-      builder.CloseAggregate("SuggestedDiscountData");
-    }
-  }
   VARIANT_BOOL allowPayment = VARIANT_FALSE;
-  hr = secondVersion;
+  hr = invoice_.As(invoice2);
   if (SUCCEEDED(hr)) hr = invoice2->GetAllowPayment(&allowPayment);
   if (SUCCEEDED(LOG_IF_FAILED(hr, kInvoicePrefix, "Failed to get AllowPayment. Skipping this optional element.")))
     builder.AddBoolElement("AllowPayment", allowPayment);
@@ -174,8 +165,8 @@ HRESULT CInvoiceBuilder::BuildXML(XMLBuilder& builder) {
 HRESULT CEstimateBuilder::BuildXML(XMLBuilder& builder) {
   IEstimate* const estimate = Required(estimate_);
   builder.OpenAggregate("Estimate");
-  LONG termsRecNum = 0;
-  RETURN_IF_FAILED(AddHeader(builder, estimate, kEstimateWording, termsRecNum));
+  ITermPtr terms;
+  RETURN_IF_FAILED(AddHeader(builder, estimate, kEstimateWording, terms));
   Bstr number;
   if (SUCCEEDED(LOG_IF_FAILED(estimate->GetEstimateNumber(number.Out()), kEstimatePrefix,
                               "Failed to get estimate number from estimate in LX.  Skipping this optional element.")))

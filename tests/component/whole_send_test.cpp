@@ -8,9 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "../upload/UploadTestSupport.h"
 #include "component/SampleSendTest.h"
 #include "platform/Paths.h"
 #include "tools/SendDriver.h"
+#include "upload/UploadState.h"
 
 namespace parcelon::test {
 namespace {
@@ -21,12 +23,53 @@ using tools::SendSpec;
 // OLE dates of the statement period.
 constexpr DATE k2009March1 = 39873, k2009March31 = 39903;
 
+// 2009-03-01 00:00:00 UTC, after every modification time of the sample company.
+constexpr LONG kLastUpload = 1235865600;
+
 struct Scenario {
   const char* name;
   std::vector<FormSpec> forms;
   // The session's DoAllCustomers.
   bool allCustomers = false;
+  // Changes the sample's fixture text before it is loaded (none: the sample as it is).
+  std::string (*fixture)(const std::string& sample) = nullptr;
+  // Changes the loaded company before the send, such as stamping records as uploaded earlier.
+  void (*prepare)(refhost::Company& company) = nullptr;
 };
+
+// The sample company grown to 50 customers and jobs: groups of a customer with a job, a sub-job
+// and a sub-sub-job, each its own record number, after the sample's own six.
+std::string FiftyCustomersAndJobs(const std::string& sample) {
+  auto company = nlohmann::ordered_json::parse(sample);
+  auto& customers = company["customers"];
+  for (int group = 1; customers.size() < 50; ++group) {
+    int parent = 0;
+    for (int level = 0; level < 4 && customers.size() < 50; ++level) {
+      const int recNum = 500 + group * 10 + level;
+      nlohmann::ordered_json name = {{"recNum", recNum}, {"modTime", "2009-02-20T12:00:00Z"}};
+      name["name"] = level == 0 ? "Customer " + std::to_string(group) : "Job " + std::to_string(recNum);
+      if (parent != 0) name["parent"] = parent;
+      customers.push_back(name);
+      parent = recNum;
+    }
+  }
+  return company.dump(1);
+}
+
+// Stamps `record` as uploaded at `uploadTime` and changed at `modTime`.
+void Stamp(refhost::ListRecord& record, LONG uploadTime, LONG modTime) {
+  record.attributes = {{u"ParcelonUploadTime", u"{54901C71-3408-44fb-9031-7B4BB81D871C}", uploadTime}};
+  record.modTime = modTime;
+}
+
+// After an upload at kLastUpload: term 3 was edited later and goes though no form selects it;
+// term 1 and customer 110, which the invoice selects, changed exactly when they were uploaded:
+// the term stays home, the customer is sent.
+void TermEditedAfterTheLastUpload(refhost::Company& company) {
+  Stamp(*company.terms.Find(3), kLastUpload - 1000, kLastUpload + 50);
+  Stamp(*company.terms.Find(1), kLastUpload, kLastUpload);
+  Stamp(*company.names.Find(110), kLastUpload, kLastUpload);
+}
 
 // `form` with Post set: its records go with the data upload.
 FormSpec Posted(FormSpec form) {
@@ -67,13 +110,32 @@ std::vector<Scenario> Scenarios() {
       {"upload-several-forms-post",
        {Posted(SampleForm(naftINVOICE, 1001, nastEMAIL)), SampleForm(naftINVOICE, 1003, nastFAX),
         Posted(SampleForm(naftESTIMATE, 2002, nastPAPER_MAIL))}},
+      {"upload-all-customers-fifty", {SampleForm(naftINVOICE, 1002, nastFAX)}, true, FiftyCustomersAndJobs},
+      {"upload-term-edited-after-last-upload", {Posted(SampleForm(naftINVOICE, 1002, nastFAX))}, false, nullptr,
+       TermEditedAfterTheLastUpload},
   };
 }
 
 class WholeSendTest : public SampleSendTest, public ::testing::WithParamInterface<Scenario> {
  protected:
-  // Runs the scenario and compares its transcript with the expected one (or writes it anew).
-  void ExpectTranscript(bool update) {
+  // The scenario's company fixture text.
+  static std::string Fixture() {
+    const std::string sample = ReadFile(kSources + "/samples/sample-company.json");
+    return GetParam().fixture ? GetParam().fixture(sample) : sample;
+  }
+
+  // Runs the scenario on `fixture` and compares its transcript with the expected one (or writes
+  // it anew). A scenario that prepares the company runs after an upload at kLastUpload, an hour
+  // later.
+  void ExpectTranscript(const std::string& fixture, bool update) {
+    UseCompany(fixture);
+    FakeUploadClock clock;
+    clock.now = kLastUpload + 3600;
+    upload::ScopedUploadClock scopedClock(clock);
+    if (GetParam().prepare) {
+      ASSERT_EQ(S_OK, upload::StoreLastClientDataUploadTime(kLastUpload));
+      GetParam().prepare(Host().GetCompany());
+    }
     SendSpec plan;
     plan.forms = GetParam().forms;
     plan.allCustomers = GetParam().allCustomers;
@@ -87,10 +149,10 @@ class WholeSendTest : public SampleSendTest, public ::testing::WithParamInterfac
   }
 };
 
-// The sample company with its sections in the reverse order: transactions before the lists they
-// refer to, customers before the other names.
-std::string SampleWithSectionsReversed() {
-  const auto sample = nlohmann::ordered_json::parse(ReadFile(kSources + "/samples/sample-company.json"));
+// `fixture` with its sections in the reverse order: transactions before the lists they refer to,
+// customers before the other names.
+std::string WithSectionsReversed(const std::string& fixture) {
+  const auto sample = nlohmann::ordered_json::parse(fixture);
   nlohmann::ordered_json reversed = nlohmann::ordered_json::object();
   for (auto section = sample.crbegin(); section != sample.crend(); ++section)
     reversed[section.key()] = section.value();
@@ -98,12 +160,11 @@ std::string SampleWithSectionsReversed() {
 }
 
 TEST_P(WholeSendTest, TranscriptIsExactlyTheExpectedOne) {
-  ExpectTranscript(!GetEnv("PARCELON_UPDATE_SENDS").empty());
+  ExpectTranscript(Fixture(), !GetEnv("PARCELON_UPDATE_SENDS").empty());
 }
 
 TEST_P(WholeSendTest, TheOrderOfTheFixtureSectionsChangesNothing) {
-  UseCompany(SampleWithSectionsReversed());
-  ExpectTranscript(false);
+  ExpectTranscript(WithSectionsReversed(Fixture()), false);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sends, WholeSendTest, ::testing::ValuesIn(Scenarios()),

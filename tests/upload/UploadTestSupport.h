@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "forms/FormParts.h"
 #include "forms/FormsTestHost.h"
 #include "upload/UploadClock.h"
 
@@ -23,6 +24,19 @@ class FakeUploadClock final : public upload::UploadClock {
   int64_t now = kNow;
   std::vector<uint32_t> sleeps;
 };
+
+// The record `recNum` of the list that `getList` gives.
+template <class Record, class List>
+ComPtr<Record> FindListRecord(const ICompanyFilePtr& company, HRESULT (STDMETHODCALLTYPE ILists::*getList)(List**),
+                              LONG recNum) {
+  IListsPtr lists;
+  ComPtr<List> list;
+  ComPtr<Record> record;
+  EXPECT_EQ(S_OK, company->GetLists(lists.ReleaseAndGetAddressOf()));
+  EXPECT_EQ(S_OK, (lists.Get()->*getList)(list.ReleaseAndGetAddressOf()));
+  EXPECT_EQ(S_OK, list->GetItemByRecNum(forms::RecNumKey(recNum), record.ReleaseAndGetAddressOf()));
+  return record;
+}
 
 class UploadTest : public FormsTest {
  protected:

@@ -94,8 +94,7 @@ TEST_F(DataUploadRequestTest, AFirstUploadSendsWhatTheFormsSelectAndTheChangedTe
                 "<InvoicesAdd>\n<Invoice>\n<ClientID>100</ClientID>\n<CustomerID>12</CustomerID>\n"
                 "<TMCreateStamp>1698800000</TMCreateStamp>\n<TMModStamp>0</TMModStamp>\n"
                 "<TranDate>20231101</TranDate>\n<TranNum>1001</TranNum>\n<TranType>Invoice</TranType>\n<Amt>250.00</Amt>\n"
-                "<TermsID>1</TermsID>\n<InvoiceNum>1001</InvoiceNum>\n"
-                "<SuggestedDiscountData>\n</SuggestedDiscountData>\n<AllowPayment>N</AllowPayment>\n</Invoice>\n"
+                "<TermsID>1</TermsID>\n<InvoiceNum>1001</InvoiceNum>\n<AllowPayment>N</AllowPayment>\n</Invoice>\n"
                 "</InvoicesAdd>\n" +
                 kTail,
             Build());

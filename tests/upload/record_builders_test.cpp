@@ -15,14 +15,18 @@ namespace {
 
 constexpr char kCompany[] = R"({
   "terms": [{"recNum": 2, "name": "2% 10", "stdDueDays": 30, "stdDiscountDays": 10, "discountPct": 2,
-             "modTime": 1699999900}],
+             "modTime": 1699999900},
+            {"recNum": 3, "name": "Net 30", "stdDueDays": 30}],
   "customers": [
     {"recNum": 10, "name": "Harbor", "email": "h@example.test", "note": "call first",
      "billingAddress": {"lines": ["1 Quay"], "city": "Cork"}},
     {"recNum": 11, "name": "Roof", "parent": 10, "email": "r@example.test"}
   ],
   "invoices": [{"recNum": 100, "amount": "10.00", "customer": 11, "terms": 2, "invoiceNumber": "7",
-                "createTimeStamp": 1698800000}],
+                "createTimeStamp": 1698800000, "suggestedDiscountAmount": "0.20",
+                "suggestedDiscountDate": "2009-03-17"},
+               {"recNum": 101, "amount": "10.00", "customer": 11, "terms": 3, "createTimeStamp": 1698800000},
+               {"recNum": 102, "amount": "10.00", "customer": 11, "createTimeStamp": 1698800000}],
   "estimates": [{"recNum": 200, "amount": "5.00", "customer": 10, "estimateNumber": "E-1",
                  "createTimeStamp": 1698800000}]
 })";
@@ -50,13 +54,7 @@ class RecordBuildersTest : public UploadTest {
 
   template <class Record, class List>
   ComPtr<Record> Find(HRESULT (STDMETHODCALLTYPE ILists::*getList)(List**), LONG recNum) {
-    IListsPtr lists;
-    ComPtr<List> list;
-    ComPtr<Record> record;
-    EXPECT_EQ(S_OK, CompanyFile()->GetLists(lists.ReleaseAndGetAddressOf()));
-    EXPECT_EQ(S_OK, (lists.Get()->*getList)(list.ReleaseAndGetAddressOf()));
-    EXPECT_EQ(S_OK, list->GetItemByRecNum(forms::RecNumKey(recNum), record.ReleaseAndGetAddressOf()));
-    return record;
+    return FindListRecord<Record>(CompanyFile(), getList, recNum);
   }
   std::string Term(HRESULT expected) {
     return Written(expected, [&](XMLBuilder& b) { return CTermItemBuilder(Find<ITerm>(&ILists::GetTerms, 2)).BuildXML(b); });
@@ -66,16 +64,19 @@ class RecordBuildersTest : public UploadTest {
       return CCustomerJobItemBuilder(Find<IName>(&ILists::GetCustomers, 11)).BuildXML(b);
     });
   }
+  std::string Invoice(HRESULT expected, LONG recNum) {
+    ITransactionsPtr transactions;
+    IInvoicesPtr invoices;
+    IInvoicePtr entry;
+    EXPECT_EQ(S_OK, CompanyFile()->GetTransactions(transactions.ReleaseAndGetAddressOf()));
+    EXPECT_EQ(S_OK, transactions->GetInvoices(invoices.ReleaseAndGetAddressOf()));
+    EXPECT_EQ(S_OK, invoices->GetItemByRecNum(forms::RecNumKey(recNum), entry.ReleaseAndGetAddressOf()));
+    return Written(expected, [&](XMLBuilder& b) { return CInvoiceBuilder(entry).BuildXML(b); });
+  }
   std::string Transaction(HRESULT expected, bool invoice) {
+    if (invoice) return Invoice(expected, 100);
     ITransactionsPtr transactions;
     EXPECT_EQ(S_OK, CompanyFile()->GetTransactions(transactions.ReleaseAndGetAddressOf()));
-    if (invoice) {
-      IInvoicesPtr invoices;
-      IInvoicePtr entry;
-      EXPECT_EQ(S_OK, transactions->GetInvoices(invoices.ReleaseAndGetAddressOf()));
-      EXPECT_EQ(S_OK, invoices->GetItemByRecNum(forms::RecNumKey(100), entry.ReleaseAndGetAddressOf()));
-      return Written(expected, [&](XMLBuilder& b) { return CInvoiceBuilder(entry).BuildXML(b); });
-    }
     IEstimatesPtr estimates;
     IEstimatePtr entry;
     EXPECT_EQ(S_OK, transactions->GetEstimates(estimates.ReleaseAndGetAddressOf()));
@@ -163,6 +164,60 @@ TEST_F(RecordBuildersTest, InvoiceAndEstimate) {
         "Failed to get estimate number from estimate in LX." + kSkipping, "<EstimateNum>E-1</EstimateNum>\n"}},
       [&](HRESULT expected) { return Transaction(expected, false); });
   EXPECT_EQ(std::string::npos, Transaction(S_OK, true).find("Line"));
+}
+
+// The discount block is written only for terms that offer a discount; each way it can be skipped
+// leaves the rest of the invoice as it was.
+TEST_F(RecordBuildersTest, InvoiceSuggestedDiscount) {
+  const std::string discount =
+      "<SuggestedDiscountData>\n<DiscountAmt>0.20</DiscountAmt>\n<DiscountDate>20090317</DiscountDate>\n"
+      "</SuggestedDiscountData>\n";
+  EXPECT_EQ(
+      "<Invoice>\n<ClientID>100</ClientID>\n<CustomerID>11</CustomerID>\n<TMCreateStamp>1698800000</TMCreateStamp>\n"
+      "<TMModStamp>0</TMModStamp>\n<TranNum>0</TranNum>\n<TranType>Invoice</TranType>\n<Amt>10.00</Amt>\n"
+      "<TermsID>2</TermsID>\n"
+      "<InvoiceNum>7</InvoiceNum>\n" +
+          discount + "<AllowPayment>N</AllowPayment>\n</Invoice>\n",
+      Invoice(S_OK, 100));
+  // Terms without a discount, and no terms at all: no block and no line.
+  for (const LONG recNum : {101, 102}) {
+    SCOPED_TRACE(recNum);
+    StartCase();
+    EXPECT_EQ(std::string::npos, Invoice(S_OK, recNum).find("SuggestedDiscountData"));
+    EXPECT_EQ(std::vector<std::string>{}, LogEntries());
+  }
+  const std::string noTerm2 = "Failed to get term(2) in LX while building invoice. Skipping suggested discount info.";
+  Run({{{"ITerm2::GetIsDiscountEmpty", 2, E_FAIL}, S_OK, kInvoicePrefix, noTerm2, discount}},
+      [&](HRESULT expected) { return Invoice(expected, 100); });
+  StartCase();
+  const std::string whole = Invoice(S_OK, 100);
+  StartCase();
+  Inject({"ITerm2", std::nullopt, E_NOINTERFACE});
+  EXPECT_EQ(WithoutLines(whole, {discount}), Invoice(S_OK, 100));
+  EXPECT_EQ(std::vector<std::string>{Entry(kInvoicePrefix, noTerm2, "0x80004002")}, LogEntries());
+
+  // Without the invoice's second version both the block and "AllowPayment" are left out.
+  StartCase();
+  Inject({"IInvoice2", std::nullopt, E_NOINTERFACE});
+  EXPECT_EQ(WithoutLines(whole, {discount, "<AllowPayment>N</AllowPayment>\n"}), Invoice(S_OK, 100));
+  EXPECT_EQ((std::vector<std::string>{
+                Entry(kInvoicePrefix,
+                      "Failed to get amount(2) in LX while building invoice. Skipping suggested discount info.",
+                      "0x80004002"),
+                Entry(kInvoicePrefix, "Failed to get AllowPayment. Skipping this optional element.", "0x80004002")}),
+            LogEntries());
+
+  // The terms' record number is required here, although "TermsID" only skips it.
+  StartCase();
+  Inject({"ITerm::GetRecNum", 2, E_FAIL});
+  EXPECT_EQ(WithoutLines(whole.substr(0, whole.find(discount)), {"<TermsID>2</TermsID>\n"}),
+            Invoice(E_FAIL, 100));
+  EXPECT_EQ((std::vector<std::string>{
+                Entry(kInvoicePrefix,
+                      "Failed to get record number from term in LX while getting invoice's terms ID." + kSkipping),
+                Entry(kInvoicePrefix,
+                      "Failed to get record number from term in LX while getting estimate's suggested discount data.")}),
+            LogEntries());
 }
 
 }  // namespace
