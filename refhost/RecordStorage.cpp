@@ -24,7 +24,7 @@ void* AllocateRecordBlock(size_t bytes) {
   return ::operator new(bytes);
 }
 
-void FreeRecordBlock(void* block, size_t bytes) noexcept {
+void FreeRecordBlock(void* block, [[maybe_unused]] size_t bytes) noexcept {
 #if !defined(_WIN32)
   if (bytes >= kHugeBlockBytes) return std::free(block);
 #endif
