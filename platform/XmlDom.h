@@ -216,7 +216,8 @@ inline constexpr LONG kDomErrorTooLarge = LONG(0xC00CEF02);
 inline constexpr LONG kDomErrorTooDeep = LONG(0xC00CEF03);
 
 // A new, empty document: MSXML 6 on Windows (REGDB_E_CLASSNOTREG or the like when it is not
-// installed), the libxml2 document elsewhere.
+// installed); elsewhere the class registered for kClsidDomDocument60 in the in-process class
+// table when there is one (a test's), else the libxml2 document.
 HRESULT CreateDomDocument(IXMLDOMDocument** document);
 
 }  // namespace parcelon

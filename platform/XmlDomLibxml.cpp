@@ -711,7 +711,16 @@ class Document final : public NodeBase<Document, IXMLDOMDocument> {
 
 }  // namespace
 
-HRESULT CreateDomDocument(IXMLDOMDocument** document) { return Give<Document>(document); }
+// A class registered for MSXML 6's CLSID in the in-process class table comes first, so that a test
+// can stand in for the document; without one, the libxml2 document.
+HRESULT CreateDomDocument(IXMLDOMDocument** document) {
+  if (!document) return E_POINTER;
+  *document = nullptr;
+  const HRESULT hr = CoCreateInstance(kClsidDomDocument60, nullptr, CLSCTX_INPROC_SERVER,
+                                      IidOf<IXMLDOMDocument>(), reinterpret_cast<void**>(document));
+  if (hr != REGDB_E_CLASSNOTREG) return hr;
+  return Give<Document>(document);
+}
 
 }  // namespace parcelon
 
