@@ -12,6 +12,7 @@
 #include "diagnostics/LogIfFailed.h"
 #include "forms/EnumToString.h"
 #include "platform/CodePage.h"
+#include "response/ResponseProcessing.h"
 #include "upload/DataUploadRequest.h"
 
 namespace {
@@ -238,6 +239,12 @@ HRESULT CNA_Forms::BuildDataMsgSet(XMLBuilder& builder) {
 
 HRESULT CNA_Forms::RecordAcceptedUpload() { return S_OK; }
 
+void CNA_Forms::StartPass() {
+  // Nothing of an earlier pass's upload or its answer may count for this pass's.
+  dataUploadAccepted_ = false;
+  uploadWritten_ = false;
+}
+
 // ---- The pass's request ---------------------------------------------------------------------
 
 HRESULT CNA_Forms::get_LoginType(NALoginType* pLoginType) {
@@ -293,6 +300,7 @@ HRESULT CNA_Forms::put_AuthParams(BSTR ticketID, BSTR authid) {
 HRESULT CNA_Forms::BuildXML(short indentLevel, BSTR* pXML) {
   if (!pXML) return E_POINTER;
   *pXML = nullptr;
+  StartPass();
   return Guarded([&] {
     const uint32_t depth = uint32_t(std::max<short>(indentLevel, 0));
     if (request_)
@@ -338,6 +346,7 @@ HRESULT CNA_Forms::BuildXML(short indentLevel, BSTR* pXML) {
 }
 
 HRESULT CNA_Forms::BuildData(BYTE** pData) {
+  StartPass();
   return attachment_.BuildData(currentForm_.Get(), pData);
 }
 
@@ -457,9 +466,12 @@ HRESULT CNA_Forms::get_ResponseTypesToParse(BSTR* pResponseTypes) {
   return ReturnText(PARCELON_OLESTR("AttachmentRs,LXDataMsgsRs"), pResponseTypes);
 }
 
-HRESULT CNA_Forms::ParseResponse(IUnknown*) {
-  // The response aggregates are not processed yet.
-  return S_OK;
+HRESULT CNA_Forms::ParseResponse(IUnknown* pIXMLDOMNode) {
+  // An upload counts as accepted only when this pass wrote one and its response accepted it.
+  bool accepted = false;
+  const HRESULT hr = parcelon::response::ParseResponse(pIXMLDOMNode, currentForm_.Get(), accepted);
+  if (accepted && uploadWritten_) dataUploadAccepted_ = true;
+  return hr;
 }
 
 // ---- INA_Base5 ------------------------------------------------------------------------------

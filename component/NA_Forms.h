@@ -109,6 +109,9 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
   HRESULT IsDataUploadDue(bool& due);
   HRESULT BuildDataMsgSet(XMLBuilder& builder);
   HRESULT RecordAcceptedUpload();
+  // Forgets the upload of the pass before and whether it was accepted; every pass's request
+  // building (BuildXML, BuildData) begins with it.
+  void StartPass();
 
   std::vector<ComPtr<INA_Form7>> forms_;
   VARIANT_BOOL forceNewCompany_ = VARIANT_FALSE;
