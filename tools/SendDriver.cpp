@@ -201,7 +201,7 @@ class Driver {
   // What a gateway answers an attachment upload with: the attachment's message identifier, the
   // same the cookie carries.
   std::string AttachmentResponse(const std::string& status) const {
-    char messageID[16];
+    char messageID[24];
     std::snprintf(messageID, sizeof messageID, "ATT%06d", attachments_);
     return "<AttachmentRs statusCode=\"" + Escaped(status) + "\" statusSeverity=\"" + Severity(status) + "\"><MessageID>" +
            messageID + "</MessageID></AttachmentRs>";
@@ -209,7 +209,7 @@ class Driver {
 
   // What a gateway answers a data upload with: a new upload token.
   std::string DataUploadResponse(const std::string& status) {
-    char token[16];
+    char token[24];
     std::snprintf(token, sizeof token, "TOKEN-%04d", ++uploads_);
     return "<LXDataMsgsRs><DataUploadRs statusCode=\"" + Escaped(status) + "\" statusSeverity=\"" + Severity(status) +
            "\"><LastDataUploadToken>" + token + "</LastDataUploadToken></DataUploadRs></LXDataMsgsRs>";
