@@ -7,6 +7,7 @@
 
 #include "BenchMain.h"
 #include "clienttools/XMLBuilder.h"
+#include "forms/FormParts.h"
 #include "forms/StyleItem.h"
 #include "refhost/CompanyData.h"
 #include "refhost/Fixture.h"
@@ -50,12 +51,8 @@ IStylePtr StyleOf(LONG recNum) {
   file->GetLists(lists.ReleaseAndGetAddressOf());
   IStylesPtr styles;
   lists->GetStyles(styles.ReleaseAndGetAddressOf());
-  VARIANT key;
-  VariantInit(&key);
-  key.vt = VT_I4;
-  key.lVal = recNum;
   IStylePtr style;
-  styles->GetItemByRecNum(key, style.ReleaseAndGetAddressOf());
+  styles->GetItemByRecNum(parcelon::forms::RecNumKey(recNum), style.ReleaseAndGetAddressOf());
   return style;
 }
 

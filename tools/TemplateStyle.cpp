@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "diagnostics/LogIfFailed.h"
+#include "forms/FormParts.h"
 #include "forms/StyleItem.h"
 #include "platform/Bstr.h"
 #include "tools/SendDriver.h"
@@ -18,11 +19,7 @@ HRESULT FindTemplate(ICompanyFile* companyFile, const std::string& name, IStyleP
   IStylesPtr styles;
   RETURN_IF_FAILED(lists->GetStyles(styles.ReleaseAndGetAddressOf()));
   if (!name.empty() && name.size() <= 9 && name.find_first_not_of("0123456789") == std::string::npos) {
-    VARIANT recNum;
-    VariantInit(&recNum);
-    recNum.vt = VT_I4;
-    recNum.lVal = std::atol(name.c_str());
-    return styles->GetItemByRecNum(recNum, style.ReleaseAndGetAddressOf());
+    return styles->GetItemByRecNum(forms::RecNumKey(std::atol(name.c_str())), style.ReleaseAndGetAddressOf());
   }
   const Bstr wanted = ToBstr(name);
   LONG count = 0;

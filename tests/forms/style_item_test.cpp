@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "forms/FormParts.h"
 #include "forms/FormsTestHost.h"
 #include "forms/StyleItem.h"
 #include "tools/TemplateStyle.h"
@@ -242,20 +243,13 @@ class StyleItemTest : public FormsTest {
     IStylesPtr styles;
     EXPECT_EQ(S_OK, lists->GetStyles(styles.ReleaseAndGetAddressOf()));
     IStylePtr style;
-    EXPECT_EQ(S_OK, styles->GetItemByRecNum(RecNumKey(recNum), style.ReleaseAndGetAddressOf()));
+    EXPECT_EQ(S_OK, styles->GetItemByRecNum(forms::RecNumKey(recNum), style.ReleaseAndGetAddressOf()));
     return style;
   }
   std::string Build(HRESULT expected, LONG recNum = 1, VARIANT_BOOL withTaxFlag = VARIANT_TRUE) {
     return Written(expected, [&](XMLBuilder& b) { return CStyleItemBuilder(Style(recNum).Get()).BuildXML(b, withTaxFlag); });
   }
   refhost::Style& StyleData(LONG recNum) { return *Host().GetCompany().Find<refhost::Style>(recNum); }
-  static VARIANT RecNumKey(LONG recNum) {
-    VARIANT key;
-    VariantInit(&key);
-    key.vt = VT_I4;
-    key.lVal = recNum;
-    return key;
-  }
 };
 
 // The sample company's two templates, whole, through the parcelon tool's writer: the invoice's
