@@ -351,15 +351,16 @@ void AddFixedTaxFlagColumn(XMLBuilder& builder, LONG order, LONG width) {
   builder.CloseAggregate("StyleColumn");
 }
 
-// The tax-flag column: the host's, else the fixed one. A table without a second version has
-// none of its own.
+// The tax-flag column: the host's, else the fixed one.
 HRESULT AddTaxFlagColumn(XMLBuilder& builder, const IStyleTablePtr& table, LONG order, int64_t roomLeft) {
-  IStyleTable2Ptr table2;
   IStyleColumnPtr column;
-  if (SUCCEEDED(table.As(table2)) && table2 &&
-      FAILED(LOG_IF_FAILED(table2->GetTaxFlagColumn(column.ReleaseAndGetAddressOf()), kTablePrefix,
-                           "Failed to get tax flag column from style table in LX.  Skipping this optional element.")))
-    return S_OK;
+  // A table without a second version has no tax-flag column of its own.
+  IStyleTable2Ptr table2;
+  if (SUCCEEDED(table.As(table2)) && table2) {
+    if (FAILED(LOG_IF_FAILED(table2->GetTaxFlagColumn(column.ReleaseAndGetAddressOf()), kTablePrefix,
+                             "Failed to get tax flag column from style table in LX.  Skipping this optional element.")))
+      return S_OK;
+  }
   if (!column) {
     AddFixedTaxFlagColumn(builder, order, ClampedWidth(roomLeft));
     return S_OK;
