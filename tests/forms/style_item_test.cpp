@@ -189,6 +189,16 @@ std::string FontBlock(const std::string& name) {
          "<UnderLine>N</UnderLine>\n<StrikeThrough>N</StrikeThrough>\n</StyleFont>\n";
 }
 
+// The fixed tax-flag column of a table whose host keeps none.
+std::string FixedTaxFlagColumn(const std::string& order, const std::string& width) {
+  return "<StyleColumn id=\"StyleTaxFlag\">\n<OnScreen>Y</OnScreen>\n<OnPrint>Y</OnPrint>\n<UsesLabel>N</UsesLabel>\n"
+         "<UsesData>Y</UsesData>\n<Order>" + order + "</Order>\n<Width>" + width + "</Width>\n"
+         "<StyleColumnData type=\"String\">\n"
+         "<StyleColumnInfo horzTextAlign=\"Center\" vertTextAlign=\"Top\" pagesPrintedOn=\"All\" border=\"None\">\n"
+         "<MultiLine>N</MultiLine>\n<UsesAscent>N</UsesAscent>\n" +
+         FontBlock("Arial") + "</StyleColumnInfo>\n</StyleColumnData>\n</StyleColumn>\n";
+}
+
 constexpr HRESULT kFault = E_ACCESSDENIED;
 
 // An optional read: the fault logs `log` and the text misses what `edits` take out.
@@ -203,6 +213,14 @@ std::string Skipped(const std::string& prefix, const std::string& message) {
 }
 
 const std::string kAscent = "<UsesAscent>N</UsesAscent>\n";
+
+// Style 1's own tax-flag column.
+const std::string kHostTaxFlagColumn =
+    "<StyleColumn id=\"StyleTaxFlag\">\n<OnScreen>Y</OnScreen>\n<OnPrint>Y</OnPrint>\n<UsesLabel>Y</UsesLabel>\n"
+    "<UsesData>Y</UsesData>\n<Order>1</Order>\n<Width>20</Width>\n<StyleColumnData type=\"String\">\n"
+    "<StyleColumnInfo horzTextAlign=\"Left\" vertTextAlign=\"Top\" pagesPrintedOn=\"All\" border=\"None\">\n"
+    "<MultiLine>N</MultiLine>\n" +
+    kAscent + FontBlock("Arial") + "</StyleColumnInfo>\n</StyleColumnData>\n</StyleColumn>\n";
 
 const std::vector<OptionalRead> kOptionalReads = {
     {"IStyleFieldLabel::GetMultiLine",
@@ -227,12 +245,7 @@ const std::vector<OptionalRead> kOptionalReads = {
      {{FontBlock("CellFont"), ""}, {FontBlock("Arial"), ""}}},
     {"IStyleTable2::GetTaxFlagColumn",
      {Skipped(kTable, "Failed to get tax flag column from style table in LX.")},
-     {{"<StyleColumn id=\"StyleTaxFlag\">\n<OnScreen>Y</OnScreen>\n<OnPrint>Y</OnPrint>\n<UsesLabel>Y</UsesLabel>\n"
-       "<UsesData>Y</UsesData>\n<Order>1</Order>\n<Width>20</Width>\n<StyleColumnData type=\"String\">\n"
-       "<StyleColumnInfo horzTextAlign=\"Left\" vertTextAlign=\"Top\" pagesPrintedOn=\"All\" border=\"None\">\n"
-       "<MultiLine>N</MultiLine>\n" +
-           kAscent + FontBlock("Arial") + "</StyleColumnInfo>\n</StyleColumnData>\n</StyleColumn>\n",
-       ""}}},
+     {{kHostTaxFlagColumn, ""}}},
 };
 
 class StyleItemTest : public FormsTest {
@@ -292,6 +305,12 @@ TEST_F(StyleItemTest, EveryReadFailsAsRequiredOrSkipsAsOptional) {
     EXPECT_EQ(Edited(whole, read.edits), Build(S_OK));
     EXPECT_EQ(read.log, LogEntries());
   }
+  // Without the table's second version the fixed column stands in for the host's: after the one
+  // column, in the room its 90 leave of the table's 500.
+  StartCase();
+  ASSERT_TRUE(Faults().MakeUnavailable("IStyleTable2"));
+  EXPECT_EQ(Edited(whole, {{kHostTaxFlagColumn, FixedTaxFlagColumn("1", "410")}}), Build(S_OK));
+  EXPECT_TRUE(LogEntries().empty());
 }
 
 // Host values the fixture refuses: negative and huge widths are written as they come, and the
@@ -339,14 +358,7 @@ TEST_F(StyleItemTest, EmptyTableHasTheFixedTaxFlagColumnOnlyOrNothing) {
       "<TopMargin>0</TopMargin>\n<BottomMargin>0</BottomMargin>\n<StyleTable>\n<Width>640</Width>\n"
       "<Height>0</Height>\n<LabelHeight>0</LabelHeight>\n<TableColumns>\n";
   const std::string tail = "</TableColumns>\n</StyleTable>\n</StyleItem>\n";
-  EXPECT_EQ(head +
-                "<StyleColumn id=\"StyleTaxFlag\">\n<OnScreen>Y</OnScreen>\n<OnPrint>Y</OnPrint>\n"
-                "<UsesLabel>N</UsesLabel>\n<UsesData>Y</UsesData>\n<Order>0</Order>\n<Width>640</Width>\n"
-                "<StyleColumnData type=\"String\">\n"
-                "<StyleColumnInfo horzTextAlign=\"Center\" vertTextAlign=\"Top\" pagesPrintedOn=\"All\" border=\"None\">\n"
-                "<MultiLine>N</MultiLine>\n<UsesAscent>N</UsesAscent>\n" +
-                FontBlock("Arial") + "</StyleColumnInfo>\n</StyleColumnData>\n</StyleColumn>\n" + tail,
-            Build(S_OK));
+  EXPECT_EQ(head + FixedTaxFlagColumn("0", "640") + tail, Build(S_OK));
   EXPECT_EQ(head + tail, Build(S_OK, 1, VARIANT_FALSE));
   EXPECT_TRUE(LogEntries().empty());
 }
