@@ -273,6 +273,13 @@ struct IStyleTable : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE GetColumns(IStyleColumns** columns) = 0;
 };
 
+// The item table's second version: the column of the taxable mark ("T") that the host prints
+// beside each taxable line. It has no identifier of its own among LXStyleFieldID.
+struct IStyleTable2 : IStyleTable {
+  // The tax-flag column, or null when the table has none.
+  virtual HRESULT STDMETHODCALLTYPE GetTaxFlagColumn(IStyleColumn** column) = 0;
+};
+
 // A form template.
 struct IStyle : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE GetRecNum(LONG* recNum) = 0;
@@ -326,5 +333,8 @@ using IStyleColumnDataPtr = ComPtr<IStyleColumnData>;
 using IStyleColumnPtr = ComPtr<IStyleColumn>;
 using IStyleColumnsPtr = ComPtr<IStyleColumns>;
 using IStyleTablePtr = ComPtr<IStyleTable>;
+using IStyleTable2Ptr = ComPtr<IStyleTable2>;
 using IStylePtr = ComPtr<IStyle>;
 using IStylesPtr = ComPtr<IStyles>;
+
+PARCELON_DECLARE_IID(IStyleTable2, 0x5C1E0B7A, 0x2F64, 0x4D0B, 0x9A, 0x3E, 0x61, 0xC8, 0x0D, 0x47, 0xB2, 0x95)

@@ -79,6 +79,7 @@ const NamedInterface kHostInterfaces[] = {
     PARCELON_NAMED(IStyleColumn),
     PARCELON_NAMED(IStyleColumns),
     PARCELON_NAMED(IStyleTable),
+    PARCELON_NAMED(IStyleTable2),
     PARCELON_NAMED(IStyle),
     PARCELON_NAMED(IStyles),
     PARCELON_NAMED(IDataFilePropertyBag),

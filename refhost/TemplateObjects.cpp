@@ -236,7 +236,7 @@ class ColumnObject final
 using FieldsObject = PartCollectionObject<IStyleFields, IStyleField, FieldObject, StyleField>;
 using ColumnsObject = PartCollectionObject<IStyleColumns, IStyleColumn, ColumnObject, StyleColumn>;
 
-class TableObject final : public ComObject<IStyleTable> {
+class TableObject final : public ComObject<IStyleTable2, IStyleTable> {
  public:
   TableObject(CompanyPtr company, LONG style, const StyleTable& table)
       : ComObject(std::move(company), style), table_(table) {}
@@ -253,6 +253,12 @@ class TableObject final : public ComObject<IStyleTable> {
   HRESULT STDMETHODCALLTYPE GetColumns(IStyleColumns** out) override {
     return GiveNew<ColumnsObject>("IStyleTable::GetColumns", out, companyPtr(), record(),
                                   table_.columns);
+  }
+  HRESULT STDMETHODCALLTYPE GetTaxFlagColumn(IStyleColumn** out) override {
+    RETURN_IF_FAILED(Ready("IStyleTable2::GetTaxFlagColumn", out));
+    *out = nullptr;
+    if (!table_.taxFlag) return S_OK;
+    return CreateObject<ColumnObject>(out, companyPtr(), record(), *table_.taxFlag);
   }
 
  private:

@@ -8,6 +8,7 @@
 // valid value and is handed out as it is); time stamps are seconds since 1970.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "refhost/ListKind.h"
@@ -176,6 +177,8 @@ struct StyleTable {
   LONG height = 0;
   LONG labelHeight = 0;
   std::vector<StyleColumn> columns;
+  // The column of the taxable mark, when the table has one; its id is not used.
+  std::optional<StyleColumn> taxFlag;
 };
 
 // A form template.

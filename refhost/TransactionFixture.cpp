@@ -262,14 +262,20 @@ void ReadDataArea(FixtureReader& r, StyleDataArea& area) {
   r.Read("taxable", area.taxable);
 }
 
-// What fields and columns have in common.
+// The flags of a field or column.
 template <class Part>
-void ReadStylePart(FixtureReader& r, Part& part) {
-  if (!ReadCode(r, "id", part.id, kStyleFieldIds)) r.Fail("id", "missing required field");
+void ReadPartFlags(FixtureReader& r, Part& part) {
   r.Read("onScreen", part.onScreen);
   r.Read("onPrint", part.onPrint);
   r.Read("usesLabel", part.usesLabel);
   r.Read("usesData", part.usesData);
+}
+
+// What fields and columns have in common.
+template <class Part>
+void ReadStylePart(FixtureReader& r, Part& part) {
+  if (!ReadCode(r, "id", part.id, kStyleFieldIds)) r.Fail("id", "missing required field");
+  ReadPartFlags(r, part);
 }
 
 void ReadField(FixtureReader& r, StyleField& field, size_t) {
@@ -287,8 +293,7 @@ void ReadField(FixtureReader& r, StyleField& field, size_t) {
   });
 }
 
-void ReadColumn(FixtureReader& r, StyleColumn& column, size_t index) {
-  ReadStylePart(r, column);
+void ReadColumnAreas(FixtureReader& r, StyleColumn& column, size_t index) {
   column.order = LONG(index);
   r.Read("order", column.order);
   ReadObject(r, "label", [&](FixtureReader& l) {
@@ -296,6 +301,18 @@ void ReadColumn(FixtureReader& r, StyleColumn& column, size_t index) {
     l.Read("label", column.label.label);
   });
   ReadObject(r, "data", [&](FixtureReader& d) { ReadDataArea(d, column.data); });
+}
+
+void ReadColumn(FixtureReader& r, StyleColumn& column, size_t index) {
+  ReadStylePart(r, column);
+  ReadColumnAreas(r, column, index);
+}
+
+// The tax-flag column: a column without identifier, after the others unless its order says.
+void ReadTaxFlagColumn(FixtureReader& r, StyleTable& table) {
+  StyleColumn& column = table.taxFlag.emplace();
+  ReadPartFlags(r, column);
+  ReadColumnAreas(r, column, table.columns.size());
 }
 
 }  // namespace
@@ -319,6 +336,7 @@ void ReadStyle(FixtureReader& r, Style& style, Company&) {
     t.Read("height", table.height, 0);
     t.Read("labelHeight", table.labelHeight, 0);
     ReadParts(t, "columns", kMaxStyleParts, table.columns, ReadColumn);
+    ReadObject(t, "taxFlag", [&](FixtureReader& c) { ReadTaxFlagColumn(c, table); });
   });
 }
 

@@ -1,6 +1,7 @@
 // parcelon: plays the host's network adapter. `build` opens a company, adds the forms named on the
 // command line, drives a send session pass by pass in the adapter's calling order, and prints
 // what every pass would send (a dry run: no network, the gateway's answers are simulated).
+// `style` prints the "StyleItem" of one of the company's templates.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +12,7 @@
 #include "component/ClassObjects.h"
 #include "refhost/ReferenceHost.h"
 #include "tools/SendDriver.h"
+#include "tools/TemplateStyle.h"
 
 namespace {
 
@@ -21,7 +23,9 @@ constexpr char kUsage[] =
     "  pass 1, the second pass 2, ...; \"0\" for the passes beyond)\n"
     "  TYPE is invoice, estimate, statement or other; form options apply to the last --form:\n"
     "  --send email|fax|paper|none|delete|void|pending   --to --cc --bcc --from --reply-to\n"
-    "  --subject --text --pdf FILE   --fax-to NUMBER   --post   --synch-multiple\n";
+    "  --subject --text --pdf FILE   --fax-to NUMBER   --post   --synch-multiple\n"
+    "       parcelon style TEMPLATE --company FIXTURE.json [--store STORE.db] [--no-tax-flag]\n"
+    "  TEMPLATE is a template's record number or full name\n";
 
 using parcelon::tools::FormSpec;
 
@@ -103,38 +107,74 @@ Options ParseOptions(int argc, char** argv) {
   return options;
 }
 
-int Build(const Options& options) {
+// The reference host of the options' fixture or store, registered; exits on failure.
+std::unique_ptr<parcelon::refhost::ReferenceHost> OpenHost(const std::string& company, const std::string& store) {
   HRESULT hr = S_OK;
   std::string error;
   std::unique_ptr<parcelon::refhost::ReferenceHost> host;
 #if PARCELON_HAVE_SQLITE
-  if (!options.store.empty()) {
-    if (!options.company.empty()) {
-      hr = parcelon::refhost::ReferenceHost::CreateStore(options.company, options.store, error);
-      if (FAILED(hr)) return std::fprintf(stderr, "parcelon: %s\n", error.c_str()), 1;
+  if (!store.empty()) {
+    if (!company.empty()) {
+      hr = parcelon::refhost::ReferenceHost::CreateStore(company, store, error);
+      if (FAILED(hr)) std::fprintf(stderr, "parcelon: %s\n", error.c_str()), std::exit(1);
     }
-    host = parcelon::refhost::ReferenceHost::FromStore(options.store, hr, error);
+    host = parcelon::refhost::ReferenceHost::FromStore(store, hr, error);
   } else
 #endif
   {
-    host = parcelon::refhost::ReferenceHost::FromFixture(options.company, hr, error);
+    host = parcelon::refhost::ReferenceHost::FromFixture(company, hr, error);
   }
-  if (!host) return std::fprintf(stderr, "parcelon: %s\n", error.c_str()), 1;
-  if (FAILED(hr = host->Register())) return std::fprintf(stderr, "parcelon: registering the host failed\n"), 1;
+  if (!host) std::fprintf(stderr, "parcelon: %s\n", error.c_str()), std::exit(1);
+  if (FAILED(host->Register())) std::fprintf(stderr, "parcelon: registering the host failed\n"), std::exit(1);
+  return host;
+}
+
+int Build(const Options& options) {
+  const auto host = OpenHost(options.company, options.store);
   parcelon::ClassObjectRegistration classes;
   if (FAILED(classes.Result())) return std::fprintf(stderr, "parcelon: registering the component failed\n"), 1;
   std::string transcript;
-  hr = parcelon::tools::RunSend(options.send, transcript);
+  const HRESULT hr = parcelon::tools::RunSend(options.send, transcript);
   std::fputs(transcript.c_str(), stdout);
   return FAILED(hr) ? 1 : 0;
+}
+
+int Style(int argc, char** argv) {
+  std::string templateName, company, store;
+  bool withTaxFlag = true;
+  for (int i = 2; i < argc; ++i) {
+    const std::string option = argv[i];
+    auto value = [&]() -> std::string {
+      if (i + 1 >= argc) Fail(option + " needs a value");
+      return argv[++i];
+    };
+    if (option == "--company") company = value();
+    else if (option == "--store") store = value();
+    else if (option == "--no-tax-flag") withTaxFlag = false;
+    else if (option.rfind("--", 0) == 0 || !templateName.empty()) Fail("unknown option " + option);
+    else templateName = option;
+  }
+  if (templateName.empty()) Fail("name a TEMPLATE");
+  if (company.empty() && store.empty()) Fail("name a --company fixture or a --store");
+  const auto host = OpenHost(company, store);
+  ICompanyFilePtr companyFile;
+  if (FAILED(host->GetCompanyFile(companyFile.ReleaseAndGetAddressOf())))
+    return std::fprintf(stderr, "parcelon: the company file cannot be opened\n"), 1;
+  std::string text, error;
+  const HRESULT hr = parcelon::tools::WriteTemplateStyle(companyFile.Get(), templateName, withTaxFlag, text, error);
+  std::fputs(text.c_str(), stdout);
+  if (FAILED(hr)) return std::fprintf(stderr, "parcelon: %s\n", error.c_str()), 1;
+  return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2 || std::strcmp(argv[1], "build") != 0) Fail(argc < 2 ? "name a command" : "unknown command");
+  if (argc < 2) Fail("name a command");
+  const bool build = std::strcmp(argv[1], "build") == 0;
+  if (!build && std::strcmp(argv[1], "style") != 0) Fail("unknown command");
 #ifdef _WIN32
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
 #endif
-  return Build(ParseOptions(argc, argv));
+  return build ? Build(ParseOptions(argc, argv)) : Style(argc, argv);
 }
