@@ -183,20 +183,6 @@ TEST(OLAString, AppendAtTheBound) {
   EXPECT_EQ(exact.GetLength(), kMax);
 }
 
-// The block grows to exactly the length plus the terminator, and never shrinks.
-TEST(OLAString, CapacityIsTheLengthPlusOne) {
-  OLAString s("abc");
-  EXPECT_EQ(s.GetCapacity(), 4);
-  ASSERT_TRUE(s.Append("de"));
-  EXPECT_EQ(s.GetCapacity(), 6);
-  ASSERT_TRUE(s.AppendChar('f'));
-  EXPECT_EQ(s.GetCapacity(), 7);
-  ASSERT_TRUE(s.SetText("x"));
-  EXPECT_EQ(s.GetCapacity(), 7);
-  ASSERT_NE(s.GetBuffer(10), nullptr);
-  EXPECT_EQ(s.GetCapacity(), 10);
-}
-
 TEST(OLAString, AppendOfItself) {
   OLAString s("abc");
   ASSERT_TRUE(s.Append(s));
