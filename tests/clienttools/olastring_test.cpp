@@ -27,6 +27,7 @@ TEST(OLAString, UnassignedReadsAsEmpty) {
   EXPECT_TRUE(OLAString("") == unassigned);
   EXPECT_TRUE(unassigned.EqualsNoCase(""));
   EXPECT_FALSE(unassigned.Equals("x"));
+  EXPECT_NE(OLAString().GetBuffer(0), nullptr);
 }
 
 // Only the space character is trimmed; blank text is made of spaces, tabs and line ends only.
