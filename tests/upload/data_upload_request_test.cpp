@@ -71,6 +71,9 @@ TEST_F(DataUploadRequestTest, MarksSayWhatWasSentAndWhy) {
   EXPECT_NE(std::string::npos, text.find("<InvoicesDel>\n<ClientID>100</ClientID>\n</InvoicesDel>\n"));
   EXPECT_EQ(std::string::npos, text.find("<InvoicesAdd>"));
   EXPECT_EQ(std::string::npos, text.find("<TermsAdd>")) << "term 2 is up to date, term 1 selected by nothing";
+  // The legal address leaves out its empty fields.
+  EXPECT_NE(std::string::npos, text.find("<LegalAddress>\n<Addr1>1 Quay</Addr1>\n<City>Cork</City>\n"
+                                         "<Country>IE</Country>\n</LegalAddress>\n"));
   EXPECT_EQ(uint32_t(kMarkDeleted), *map_.Find(RecordKind::kInvoice, 100));
   EXPECT_EQ(uint32_t(kMarkSentSelected), *map_.Find(RecordKind::kEstimate, 200));
   EXPECT_EQ(uint32_t(kMarkSentSelected), *map_.Find(RecordKind::kCustomerJob, 20));
