@@ -1,4 +1,5 @@
-// Tests of OLADateTime, OLATime and the transaction identifiers.
+// Tests of OLADateTime, OLATime and the transaction identifiers. Random times of day against
+// the moment they name are fuzz/ole_date_fuzzer.cpp's, and on Windows date_oracle_test's.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -9,7 +10,6 @@
 #include <iomanip>
 #include <limits>
 #include <optional>
-#include <random>
 #include <string>
 #include <thread>
 #include <unordered_set>
@@ -179,28 +179,6 @@ TEST(SetFromOleDate, EveryWholeDayMatchesTheCalendar) {
   }
 }
 
-// Random times of day, kept at least 0.1 second away from a half second so that the expected
-// second is certain, on both sides of day 0.
-TEST(SetFromOleDate, RandomTimesRoundToTheNearestSecond) {
-  std::mt19937_64 generator(20090307);
-  std::uniform_int_distribution<long> days(-657433, 2958464);
-  std::uniform_int_distribution<long> seconds(0, 86399);
-  std::uniform_real_distribution<double> part(-0.4, 0.4);
-  OLADateTime value;
-  for (int i = 0; i < 200000; ++i) {
-    const long day = days(generator);
-    const long second = seconds(generator);
-    double offset = part(generator);
-    if (second == 0 && offset < 0) offset = -offset;  // keep the value within its own day
-    const double fraction = (double(second) + offset) * kSecond;
-    const double oleDate = day < 0 ? double(day) - fraction : double(day) + fraction;
-    ASSERT_TRUE(value.SetFromOleDate(oleDate)) << oleDate;
-    ASSERT_EQ(OleDayOf(value), day) << oleDate;
-    ASSERT_EQ(value.GetHour() * 3600L + value.GetMinute() * 60L + value.GetSecond(), second)
-        << oleDate;
-  }
-}
-
 // ---------------------------------------------------------------------------------------------
 // Construction, validity, calendar
 
@@ -308,6 +286,8 @@ std::string Formatted(Form form, OLADateTimeBase fields, const char* zoneName, i
   return done ? text.GetText() : "refused";
 }
 
+// One row per rule of each form and its bounds; the forms of arbitrary values are checked against
+// their printf formats by fuzz/ole_date_fuzzer.cpp.
 TEST(Format, RequestLongAndTimeOnlyForms) {
   constexpr Form X = Form::kXml, F = Form::kFull, T = Form::kTime;
   const struct {
@@ -318,9 +298,7 @@ TEST(Format, RequestLongAndTimeOnlyForms) {
     const char* text;
   } cases[] = {
       {X, {2009, 3, 7, 14, 2, 11, 0}, "PST", -8, "20090307T140211-0800"},
-      {X, {2009, 3, 7, 14, 2, 11, 0}, nullptr, -8, "20090307T140211-0800"},
       {X, {2009, 3, 7, 9, 30, 0, 0}, nullptr, 0, "20090307T093000+0000"},
-      {X, {2009, 3, 7, 12, 0, 0, 0}, nullptr, 0, "20090307T120000+0000"},
       {X, {2009, 3, 7, 0, 0, 0, 0}, nullptr, 0, "20090307"},
       // Milliseconds and the zone name are never written in the request form.
       {X, {2009, 3, 7, 0, 0, 0, 500}, "---", 0, "20090307"},
@@ -328,7 +306,6 @@ TEST(Format, RequestLongAndTimeOnlyForms) {
       {X, {2009, 3, 7, 0, 1, 0, 0}, nullptr, 0, "20090307T000100+0000"},
       {X, {2009, 3, 7, 1, 0, 0, 0}, nullptr, 0, "20090307T010000+0000"},
       {X, {2009, 3, 7, 0, 0, 0, 0}, "---", 1, "20090307T000000+0100"},
-      {X, {2009, 7, 15, 12, 0, 0, 0}, "EDT", -4, "20090715T120000-0400"},
       {X, {2009, 12, 31, 23, 59, 59, 999}, nullptr, 12, "20091231T235959+1200"},
       {X, {2009, 1, 1, 0, 0, 0, 0}, nullptr, -12, "20090101T000000-1200"},
       {X, {100, 1, 1, 0, 0, 0, 0}, nullptr, 0, "01000101"},
@@ -338,7 +315,6 @@ TEST(Format, RequestLongAndTimeOnlyForms) {
       {X, {2009, 0, 7, 0, 0, 0, 0}, nullptr, 0, "refused"},
       {X, {2009, 3, 7, 24, 0, 0, 0}, nullptr, 0, "refused"},
       {X, {2009, 3, 7, 0, 0, 0, 1000}, nullptr, 0, "refused"},
-      {X, {2009, 3, 7, 12, 0, 0, 0}, nullptr, 13, "20090307T120000+1300"},
       {X, {2009, 3, 7, 12, 0, 0, 0}, nullptr, 14, "20090307T120000+1400"},
       {X, {2009, 3, 7, 12, 0, 0, 0}, nullptr, 15, "refused"},
       {X, {2009, 3, 7, 12, 0, 0, 0}, nullptr, -13, "refused"},
@@ -348,14 +324,10 @@ TEST(Format, RequestLongAndTimeOnlyForms) {
       {F, {2009, 3, 7, 14, 2, 11, 0}, nullptr, 0, "20090307140211"},
       {F, {2009, 3, 7, 14, 2, 11, 0}, "---", 0, "20090307140211"},
       {F, {2009, 3, 7, 14, 2, 11, 5}, nullptr, 0, "20090307140211.005"},
-      {F, {2009, 3, 7, 14, 2, 11, 5}, "EDT", -4, "20090307140211.005[-4:EDT]"},
       {F, {2009, 3, 7, 0, 0, 0, 0}, nullptr, 0, "20090307"},
-      {F, {2009, 3, 7, 0, 0, 0, 0}, "PST", 0, "20090307"},
       {F, {2009, 3, 7, 0, 0, 0, 1}, nullptr, 0, "20090307000000.001"},
       {F, {2009, 3, 7, 0, 0, 0, 0}, nullptr, 12, "20090307000000.000[12]"},
-      {F, {2009, 3, 7, 0, 0, 0, 0}, "XYZ", -12, "20090307000000.000[-12:XYZ]"},
       {F, {2009, 2, 29, 14, 2, 11, 0}, "PST", -8, "refused"},
-      {F, {2009, 3, 7, 14, 60, 11, 0}, "PST", -8, "refused"},
       {F, {2009, 3, 7, 14, 2, 11, 0}, "---", 14, "20090307140211.000[14:---]"},
       {F, {2009, 3, 7, 14, 2, 11, 0}, "PST", 15, "refused"},
       {T, {0, 0, 0, 14, 2, 11, 0}, nullptr, 0, "140211"},
@@ -367,7 +339,6 @@ TEST(Format, RequestLongAndTimeOnlyForms) {
       {T, {0, 0, 0, 14, 2, 11, 0}, "PST", -8, "140211[-8:PST]"},
       {T, {0, 0, 0, 14, 2, 11, 0}, nullptr, -8, "140211[-8:]"},
       {T, {0, 0, 0, 14, 2, 11, 0}, "---", 0, "140211:---"},
-      {T, {0, 0, 0, 14, 2, 11, 5}, "EST", -5, "140211.5[-5:EST]"},
       {T, {0, 0, 0, 24, 0, 0, 0}, nullptr, 0, "refused"},
       {T, {0, 0, 0, 14, 2, 11, 0}, "---", 14, "140211[14:---]"},
       {T, {0, 0, 0, 14, 2, 11, 0}, "PST", 15, "refused"},
@@ -381,14 +352,6 @@ TEST(Format, RequestLongAndTimeOnlyForms) {
   const std::string name(300, 'Z');
   EXPECT_EQ(Formatted(F, {2009, 3, 7, 14, 2, 11, 0}, name.c_str(), -8),
             "20090307140211.000[-8:" + name + "]");
-}
-
-TEST(Format, FromAnOleDateReplacesTheText) {
-  OLADateTime value;
-  ASSERT_TRUE(value.SetFromOleDate(0.0));
-  OLAString text("previous text");
-  ASSERT_TRUE(value.FormatXML(text));
-  EXPECT_STREQ(text.GetText(), "18991230");
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -436,24 +399,11 @@ TEST(SetLocalZone, NamesAndOffsets) {
     int offset;
     const char* xml;
   } cases[] = {
-      {"America/Los_Angeles", true, 39828.5, false, true, "PST", -8, "20090115T120000-0800"},
-      {"America/Los_Angeles", true, 40009.5, true, true, "PDT", -7, "20090715T120000-0700"},
       {"America/Denver", true, 39828.5, false, true, "MST", -7, "20090115T120000-0700"},
-      {"America/Denver", true, 40009.5, true, true, "MDT", -6, "20090715T120000-0600"},
       {"America/Phoenix", true, 40009.5, false, true, "MST", -7, "20090715T120000-0700"},
-      {"America/Chicago", true, 39828.5, false, true, "CST", -6, "20090115T120000-0600"},
       {"America/Chicago", true, 40009.5, true, true, "CDT", -5, "20090715T120000-0500"},
-      {"America/New_York", true, 39828.5, false, true, "EST", -5, "20090115T120000-0500"},
-      {"America/New_York", true, 40009.5, true, true, "EDT", -4, "20090715T120000-0400"},
-      {"America/New_York", true, 39879.5, false, true, "EST", -5, "20090307T120000-0500"},
       {"America/New_York", true, 39880.0, false, true, "EST", -5, "20090308T000000-0500"},
-      {"America/New_York", true, 39880.5, true, true, "EDT", -4, "20090308T120000-0400"},
-      {"UTC", true, 39828.5, false, false, "---", 0, "20090115T120000+0000"},
-      {"UTC", true, 40009.5, false, false, "---", 0, "20090715T120000+0000"},
       // Zones other than the four named ones move one hour west in daylight time.
-      {"Europe/Berlin", true, 39828.5, false, false, "---", 1, "20090115T120000+0100"},
-      {"Europe/Berlin", true, 40009.5, true, false, "---", 0, "20090715T120000+0000"},
-      {"Asia/Tokyo", true, 40009.5, false, false, "---", 9, "20090715T120000+0900"},
       {"Australia/Sydney", true, 39828.5, true, false, "---", 9, "20090115T120000+0900"},
       {"Australia/Sydney", true, 40009.5, false, false, "---", 10, "20090715T120000+1000"},
       {"PST8PDT", false, 39828.5, false, true, "PST", -8, "20090115T120000-0800"},
@@ -469,12 +419,10 @@ TEST(SetLocalZone, NamesAndOffsets) {
       {"CET-1CEST", false, 40009.5, true, false, "---", 0, "20090715T120000+0000"},
       {"JST-9", false, 40009.5, false, false, "---", 9, "20090715T120000+0900"},
       {"HST10", false, 40009.5, false, false, "---", -10, "20090715T120000-1000"},
-      // East of twelve hours: Tonga and the Line Islands; New Zealand keeps +12 in winter and,
-      // by the one-hour-west rule, +11 in summer.
+      // East of twelve hours: Tonga and the Line Islands (no daylight time); New Zealand keeps +12
+      // in winter and, by the one-hour-west rule, +11 in summer.
       {"TOT-13", false, 39828.5, false, false, "---", 13, "20090115T120000+1300"},
-      {"TOT-13", false, 40009.5, false, false, "---", 13, "20090715T120000+1300"},
       {"LIN-14", false, 39828.5, false, false, "---", 14, "20090115T120000+1400"},
-      {"LIN-14", false, 40009.5, false, false, "---", 14, "20090715T120000+1400"},
       {"Pacific/Auckland", true, 39828.5, true, false, "---", 11, "20090115T120000+1100"},
       {"Pacific/Auckland", true, 40009.5, false, false, "---", 12, "20090715T120000+1200"},
   };
@@ -496,8 +444,7 @@ TEST(SetLocalZone, NamesAndOffsets) {
 TEST(SetLocalZone, StandardOffsetIsWholeHoursWestNegative) {
   const struct { const char* tz; bool ianaName; int hours; } cases[] = {
       {"PST8PDT", false, -8}, {"EST5EDT", false, -5}, {"UTC0", false, 0}, {"CET-1CEST", false, 1},
-      {"JST-9", false, 9}, {"America/Los_Angeles", true, -8}, {"Europe/Berlin", true, 1},
-      {"Asia/Kolkata", true, 5}};  // half-hour zones keep the whole hours only
+      {"JST-9", false, 9}, {"Asia/Kolkata", true, 5}};  // half-hour zones keep the whole hours only
   for (const auto& c : cases) {
     if (!RuntimeCanShow(c.ianaName, false)) continue;
     ScopedTimeZone zone(c.tz);

@@ -27,6 +27,7 @@ TEST(OLAString, UnassignedReadsAsEmpty) {
   EXPECT_TRUE(OLAString("") == unassigned);
   EXPECT_TRUE(unassigned.EqualsNoCase(""));
   EXPECT_FALSE(unassigned.Equals("x"));
+  EXPECT_NE(OLAString().GetBuffer(0), nullptr);
 }
 
 // Only the space character is trimmed; blank text is made of spaces, tabs and line ends only.
@@ -181,20 +182,6 @@ TEST(OLAString, AppendAtTheBound) {
   OLAString exact(std::string(size_t(kMax) - 3, 'x').c_str());
   EXPECT_TRUE(exact.Append("abc"));
   EXPECT_EQ(exact.GetLength(), kMax);
-}
-
-// The block grows to exactly the length plus the terminator, and never shrinks.
-TEST(OLAString, CapacityIsTheLengthPlusOne) {
-  OLAString s("abc");
-  EXPECT_EQ(s.GetCapacity(), 4);
-  ASSERT_TRUE(s.Append("de"));
-  EXPECT_EQ(s.GetCapacity(), 6);
-  ASSERT_TRUE(s.AppendChar('f'));
-  EXPECT_EQ(s.GetCapacity(), 7);
-  ASSERT_TRUE(s.SetText("x"));
-  EXPECT_EQ(s.GetCapacity(), 7);
-  ASSERT_NE(s.GetBuffer(10), nullptr);
-  EXPECT_EQ(s.GetCapacity(), 10);
 }
 
 TEST(OLAString, AppendOfItself) {

@@ -1,15 +1,15 @@
 // OLAPrecisionInteger, OLAAmount and OLAPercent: text forms, validity, comparisons, arithmetic
-// rounded half to even, DECIMAL conversion, and COLAConvert's reading of the host's values.
+// rounded half to even, DECIMAL conversion, and COLAConvert's reading of the host's values. The
+// laws over random operands (text round trips, exact small results, quotient and remainder) are
+// checked by fuzz/decimal_fuzzer.cpp, and on Windows against the system in decimal_oracle_test.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
 #include <initializer_list>
 #include <limits>
-#include <random>
 #include <string>
 #include <tuple>
-#include <type_traits>
 #include <utility>
 
 #include "clienttools/COLAConvert.h"
@@ -149,39 +149,7 @@ TEST(OLAPrecisionIntegerText, MalformedTextGivesTheInvalidValue) {
   EXPECT_EQ(OLAPrecisionInteger().SetFromText(std::string(100000, '.').c_str()), DISP_E_TYPEMISMATCH);
 }
 
-TEST(OLAPrecisionIntegerText, RoundTripsThroughTheTextConstructor) {
-  std::mt19937_64 rng(11);
-  for (int i = 0; i < 3000; ++i) {
-    DECIMAL d{};
-    int bits = int(rng() % 97);
-    u128 magnitude = bits == 0 ? 0 : ((u128(rng()) << 64) | rng()) >> (128 - bits);
-    d.Lo32 = ULONG(magnitude);
-    d.Mid32 = ULONG(magnitude >> 32);
-    d.Hi32 = ULONG(magnitude >> 64);
-    d.scale = BYTE(rng() % 29);
-    d.sign = (rng() & 1) && magnitude != 0 ? DECIMAL_NEG : 0;
-    OLAPrecisionInteger value;
-    ASSERT_EQ(value.FromDecimal(d), S_OK);
-    std::string text = value.ToString();
-    OLAPrecisionInteger back(text.c_str());
-    ASSERT_TRUE(back.IsValid()) << text;
-    EXPECT_TRUE(back.Equals(value)) << text;
-    EXPECT_STREQ(back.ToString(), text.c_str());
-  }
-}
-
-TEST(OLAPrecisionIntegerText, IsRewrittenByEachCall) {
-  OLAPrecisionInteger value(125, 2);
-  const char* text = value.ToString();
-  EXPECT_STREQ(text, "1.25");
-  ASSERT_EQ(value.Add(OLAPrecisionInteger(1, 0)), S_OK);
-  EXPECT_STREQ(value.ToString(), "2.25");
-  EXPECT_EQ(value.ToString(), text);  // the same buffer, rewritten
-}
-
 TEST(OLAPrecisionIntegerText, CopiesAndMovesCarryTheirOwnText) {
-  static_assert(std::is_nothrow_copy_constructible_v<OLAAmount>);
-  static_assert(std::is_nothrow_move_constructible_v<OLAAmount>);
   OLAAmount amount(12, 50);
   EXPECT_STREQ(amount.ToString(), "12.5");
   OLAAmount copy = amount;
@@ -299,6 +267,7 @@ TEST(OLAPrecisionIntegerArithmetic, IsExactOrRoundedHalfToEven) {
       {'+', "-10", "-0.0000000000000000000000000015", "-10000000000000000000000000002e-27"},
       {'+', "10", "0.00000000000000000000000000051", "10000000000000000000000000001e-27"},
       {'+', "0.1", "-0.1", "0e-1"}, {'+', "1.5", "2.25", "375e-2"}, {'+', "-2", "1.25", "-75e-2"},
+      {'+', "2.25", "1.5", "375e-2"}, {'-', "0.01", "1", "-99e-2"},
       {'+', "0", "-5.000", "-5000e-3"}, {'+', "-79228162514264337593543950335", "-1", "overflow"},
       {'-', "1", "0.01", "99e-2"}, {'-', "-79228162514264337593543950335", "1", "overflow"},
       {'-', "0", "5", "-5e-0"}, {'-', "5.5", "5.50", "0e-2"}, {'-', "-1.5", "-2.25", "75e-2"},
@@ -426,50 +395,6 @@ TEST(OLAPrecisionIntegerArithmetic, MultiplyByTenKeepsTheScaleAndNegateLeavesZer
   EXPECT_EQ(negative.Sign(), -1);
   negative.Negate();
   EXPECT_EQ(Describe(negative), "12e-1");
-}
-
-// Identities on values small enough that every result is exact.
-TEST(OLAPrecisionIntegerArithmetic, IdentitiesHoldOnExactValues) {
-  std::mt19937_64 rng(7);
-  auto random = [&rng](int bits, int maxScale) {
-    int64_t magnitude = int64_t(rng() >> (64 - bits));
-    return OLAPrecisionInteger((rng() & 1) ? -magnitude : magnitude,
-                               uint16_t(rng() % unsigned(maxScale + 1)));
-  };
-  for (int i = 0; i < 2000; ++i) {
-    OLAPrecisionInteger a = random(60, 8);
-    OLAPrecisionInteger b = random(60, 8);
-    SCOPED_TRACE(Describe(a) + " " + Describe(b));
-    OLAPrecisionInteger sum = a;
-    ASSERT_EQ(sum.Add(b), S_OK);
-    OLAPrecisionInteger reversed = b;
-    ASSERT_EQ(reversed.Add(a), S_OK);
-    EXPECT_EQ(Describe(sum), Describe(reversed));
-    ASSERT_EQ(sum.Subtract(b), S_OK);
-    EXPECT_TRUE(sum.Equals(a));
-    OLAPrecisionInteger difference = a;
-    ASSERT_EQ(difference.Subtract(b), S_OK);
-    EXPECT_EQ(difference.IsNegative(), a.LessThan(b));
-    EXPECT_EQ(difference.IsZero(), a.Equals(b));
-    OLAPrecisionInteger self = a;
-    ASSERT_EQ(self.Subtract(a), S_OK);
-    EXPECT_TRUE(self.IsZero());
-
-    OLAPrecisionInteger x = random(40, 10);
-    OLAPrecisionInteger y = random(40, 10);
-    if (y.IsZero()) continue;
-    OLAPrecisionInteger product = x;
-    ASSERT_EQ(product.Multiply(y), S_OK);
-    EXPECT_EQ(product.Scale(), x.Scale() + y.Scale());
-    ASSERT_EQ(product.Divide(y), S_OK);
-    EXPECT_TRUE(product.Equals(x));
-    OLAPrecisionInteger quotient = x;
-    OLAPrecisionInteger remainder;
-    ASSERT_EQ(quotient.DivideWithRemainder(y, remainder), S_OK);
-    ASSERT_EQ(quotient.Multiply(y), S_OK);
-    ASSERT_EQ(quotient.Add(remainder), S_OK);
-    EXPECT_TRUE(quotient.Equals(x));
-  }
 }
 
 // --- DECIMAL -----------------------------------------------------------------------------------

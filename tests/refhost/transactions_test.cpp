@@ -409,20 +409,6 @@ TEST_F(TransactionsTest, FaultsFailTheNamedOperationOfTheNamedRecordOnly) {
   }
 }
 
-// An absent transaction is not found by record number but stays in its list. (The fixture's faults
-// for one record are read in faults_test.)
-TEST(TransactionFixtureFaultsTest, AbsentTransactionFromTheFixtureStaysInItsList) {
-  nlohmann::json fixture = nlohmann::json::parse(kFixture);
-  fixture["absent"] = nlohmann::json::parse(R"([{"list": "estimates", "record": 201}])");
-  ITransactionsPtr transactions;
-  ASSERT_EQ(S_OK, NewTransactions(LoadCompany(fixture.dump()), transactions.ReleaseAndGetAddressOf()));
-  const IEstimatesPtr estimates = Get(transactions, &ITransactions::GetEstimates);
-  IEstimatePtr estimate;
-  EXPECT_EQ(LX_E_NOTFOUND, estimates->GetItemByRecNum(RecNumVariant(201), estimate.ReleaseAndGetAddressOf()));
-  EXPECT_EQ(2, Get(estimates, &IEstimates::GetCount));
-  EXPECT_EQ(201, RecNumOf(Get(estimates, &IEstimates::GetItem, 0)));
-}
-
 TEST_F(TransactionsTest, UnavailableSecondVersionsLeaveTheFirstVersions) {
   ASSERT_TRUE(company_->faults.MakeUnavailable("IInvoice2"));
   const IInvoicePtr invoice = InvoiceOf(101);

@@ -1,12 +1,12 @@
-// The data upload request against the reference host: whole texts of first and later uploads,
-// the per-record decisions and marks, removal notices, and failures with their log lines.
+// The data upload request against the reference host: the per-record decisions and marks of
+// first and later uploads, the head's token and flags, removal notices, and failures with their
+// log lines. The whole texts of uploads are the whole-send transcripts' (tests/component/sends).
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "UploadTestSupport.h"
-#include "refhost/SyntheticCompany.h"
 #include "upload/DataUploadRequest.h"
 #include "upload/UploadState.h"
 
@@ -36,16 +36,6 @@ constexpr char kCompany[] = R"({
   "estimates": [{"recNum": 200, "amount": "75.50", "customer": 20, "estimateNumber": "E-7"}]
 })";
 
-const std::string kHead =
-    "<LXDataMsgsRq version=\"1\">\n<DataUploadRq trnUID=\"*\">\n"
-    "<CompanyUID>{7D0F6E2A-33C1-4B8E-9A51-2C4E8F10B7D3}</CompanyUID>\n"
-    "<ForceNewCompany>N</ForceNewCompany>\n";
-const std::string kCompanyAdd =
-    "<CompanyAdd>\n<CompanyName>Harbor &amp; Pine</CompanyName>\n<LegalCompanyName>Harbor &amp; Pine Ltd</LegalCompanyName>\n"
-    "<LegalAddress>\n<Addr1>1 Quay</Addr1>\n<City>Cork</City>\n<Country>IE</Country>\n</LegalAddress>\n"
-    "<CompanyPhone>555-0100</CompanyPhone>\n<CompanyEmail>office@harbor.example</CompanyEmail>\n</CompanyAdd>\n";
-const std::string kTail = "</DataUploadRq>\n</LXDataMsgsRq>\n";
-
 class DataUploadRequestTest : public UploadTest {
  protected:
   void SetUp() override {
@@ -63,7 +53,7 @@ class DataUploadRequestTest : public UploadTest {
   }
 
   std::string Build(HRESULT expected = S_OK) {
-    DataUploadSession session{map_, forms_, forceNewCompany_, doAllCustomers_, 2};
+    DataUploadSession session{map_, forms_, forceNewCompany_, false, 2};
     return WithoutTrnUIDs(
         Written(expected, [&](XMLBuilder& b) { return CDataUploadRequest(session).BuildLXDataMsgsRq(b); }));
   }
@@ -71,35 +61,7 @@ class DataUploadRequestTest : public UploadTest {
   std::vector<INA_Form7Ptr> forms_;
   CRecNumMap map_;
   bool forceNewCompany_ = false;
-  bool doAllCustomers_ = false;
 };
-
-TEST_F(DataUploadRequestTest, AFirstUploadSendsWhatTheFormsSelectAndTheChangedTerm) {
-  AddForm(naftINVOICE, 100);
-  EXPECT_EQ(kHead + "<LastDataUploadToken>0</LastDataUploadToken>\n<ClientSync>Y</ClientSync>\n" + kCompanyAdd +
-                "<TermsAdd>\n"
-                "<TermItem type=\"Standard\">\n<ClientID>1</ClientID>\n<Name>Net 30</Name>\n<Hidden>N</Hidden>\n"
-                "<TMModStamp>1699990000</TMModStamp>\n<StdDueDays>30</StdDueDays>\n<StdDiscountDays>0</StdDiscountDays>\n"
-                "<DayOfMonthDue>0</DayOfMonthDue>\n<DiscountDayOfMonth>0</DiscountDayOfMonth>\n<MinDays>0</MinDays>\n"
-                "</TermItem>\n</TermsAdd>\n"
-                "<CustomerJobsAdd>\n"
-                "<CustomerJobItem jobStatus=\"None\">\n<ClientID>10</ClientID>\n<Name>Siobhan</Name>\n<Hidden>N</Hidden>\n"
-                "<Sublevel>0</Sublevel>\n<CompanyName>O&apos;Brien Roofing</CompanyName>\n<Email>s@obrien.example</Email>\n"
-                "</CustomerJobItem>\n"
-                "<CustomerJobItem jobStatus=\"InProgress\">\n<ClientID>11</ClientID>\n<Name>Roof</Name>\n<Hidden>N</Hidden>\n"
-                "<ParentID>10</ParentID>\n<ParentRootID>10</ParentRootID>\n<Sublevel>1</Sublevel>\n</CustomerJobItem>\n"
-                "<CustomerJobItem jobStatus=\"Pending\">\n<ClientID>12</ClientID>\n<Name>Gutters</Name>\n<Hidden>N</Hidden>\n"
-                "<ParentID>11</ParentID>\n<ParentRootID>10</ParentRootID>\n<Sublevel>2</Sublevel>\n</CustomerJobItem>\n"
-                "</CustomerJobsAdd>\n"
-                "<InvoicesAdd>\n<Invoice>\n<ClientID>100</ClientID>\n<CustomerID>12</CustomerID>\n"
-                "<TMCreateStamp>1698800000</TMCreateStamp>\n<TMModStamp>0</TMModStamp>\n"
-                "<TranDate>20231101</TranDate>\n<TranNum>1001</TranNum>\n<TranType>Invoice</TranType>\n<Amt>250.00</Amt>\n"
-                "<TermsID>1</TermsID>\n<InvoiceNum>1001</InvoiceNum>\n<AllowPayment>N</AllowPayment>\n</Invoice>\n"
-                "</InvoicesAdd>\n" +
-                kTail,
-            Build());
-  EXPECT_EQ(std::vector<std::string>{}, LogEntries());
-}
 
 // A term uploaded at the time of its last change is up to date: selected, it is not sent.
 TEST_F(DataUploadRequestTest, MarksSayWhatWasSentAndWhy) {
@@ -109,19 +71,13 @@ TEST_F(DataUploadRequestTest, MarksSayWhatWasSentAndWhy) {
   EXPECT_NE(std::string::npos, text.find("<InvoicesDel>\n<ClientID>100</ClientID>\n</InvoicesDel>\n"));
   EXPECT_EQ(std::string::npos, text.find("<InvoicesAdd>"));
   EXPECT_EQ(std::string::npos, text.find("<TermsAdd>")) << "term 2 is up to date, term 1 selected by nothing";
+  // The legal address leaves out its empty fields.
+  EXPECT_NE(std::string::npos, text.find("<LegalAddress>\n<Addr1>1 Quay</Addr1>\n<City>Cork</City>\n"
+                                         "<Country>IE</Country>\n</LegalAddress>\n"));
   EXPECT_EQ(uint32_t(kMarkDeleted), *map_.Find(RecordKind::kInvoice, 100));
   EXPECT_EQ(uint32_t(kMarkSentSelected), *map_.Find(RecordKind::kEstimate, 200));
   EXPECT_EQ(uint32_t(kMarkSentSelected), *map_.Find(RecordKind::kCustomerJob, 20));
   EXPECT_EQ(nullptr, map_.Find(RecordKind::kTerm, 2));
-}
-
-TEST_F(DataUploadRequestTest, ATermEditedAfterItsUploadIsSentWithoutAForm) {
-  Host().GetCompany().terms.Find(2)->modTime = 1699999901;
-  AddForm(naftESTIMATE, 200, nastFAX, true);
-  const std::string text = Build();
-  EXPECT_NE(std::string::npos, text.find("<TermsAdd>\n<TermItem type=\"DateDriven\">\n<ClientID>2</ClientID>\n"));
-  EXPECT_NE(std::string::npos, text.find("<DiscountPct>2.00000</DiscountPct>\n<MinDays>0</MinDays>\n"));
-  EXPECT_EQ(uint32_t(kMarkSentChanged), *map_.Find(RecordKind::kTerm, 2));
 }
 
 TEST_F(DataUploadRequestTest, TheStoredTokenAndAnEMailedFormShowInTheHead) {
@@ -262,28 +218,6 @@ TEST_F(LaterUploadTest, AnUploadTimeInTheFutureHidesNoChange) {
   ASSERT_EQ(S_OK, upload::StoreLastClientDataUploadTime(kNow + 1000));
   Stamp(*Company().names.Find(20), kNow - 300, kNow - 200);
   EXPECT_EQ("terms; customers 20; ", Sent());
-}
-
-// All customers of a company of 50 customers and jobs: each once, in ascending order, and nothing
-// else of the lists.
-TEST_F(DataUploadRequestTest, AllCustomersSendsEveryCustomerAndJobOnce) {
-  UseCompany(refhost::SyntheticCompanyJson(50));
-  doAllCustomers_ = true;
-  const std::string text = Build();
-  std::vector<LONG> sent;
-  for (size_t at = text.find("<CustomerJobItem"); at != std::string::npos; at = text.find("<CustomerJobItem", at + 1)) {
-    const size_t id = text.find("<ClientID>", at) + 10;
-    sent.push_back(std::stol(text.substr(id)));
-  }
-  std::vector<LONG> expected;
-  for (const auto& [recNum, mark] : map_.Of(RecordKind::kCustomerJob)) {
-    EXPECT_EQ(uint32_t(kMarkSentSelected), mark) << recNum;
-    expected.push_back(LONG(recNum));
-  }
-  EXPECT_EQ(50u, expected.size());
-  EXPECT_EQ(expected, sent);
-  EXPECT_EQ(std::string::npos, text.find("<TermsAdd>"));
-  EXPECT_EQ(std::string::npos, text.find("<InvoicesAdd>"));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // The record builders of the data upload against the reference host: each optional read that
 // fails leaves its element out with its line; each required one ends the element with its line.
+// The whole elements are the whole-send transcripts' (tests/component/sends).
 #include <gtest/gtest.h>
 
 #include <string>
@@ -92,6 +93,7 @@ class RecordBuildersTest : public UploadTest {
     const std::string whole = build(S_OK);
     for (const Case& c : cases) {
       SCOPED_TRACE(c.fault.operation);
+      EXPECT_NE(std::string::npos, whole.find(c.element)) << whole;
       StartCase();
       Inject(c.fault);
       const std::string text = build(c.result);
@@ -106,12 +108,6 @@ class RecordBuildersTest : public UploadTest {
 };
 
 TEST_F(RecordBuildersTest, TermItem) {
-  EXPECT_EQ(
-      "<TermItem type=\"Standard\">\n<ClientID>2</ClientID>\n<Name>2% 10</Name>\n<Hidden>N</Hidden>\n"
-      "<TMModStamp>1699999900</TMModStamp>\n<StdDueDays>30</StdDueDays>\n<StdDiscountDays>10</StdDiscountDays>\n"
-      "<DayOfMonthDue>0</DayOfMonthDue>\n<DiscountDayOfMonth>0</DiscountDayOfMonth>\n<DiscountPct>2.00000</DiscountPct>\n"
-      "<MinDays>0</MinDays>\n</TermItem>\n",
-      Term(S_OK));
   Run({{{"ITerm::GetModTime", std::nullopt, E_FAIL}, S_OK, kTermPrefix,
         "Failed to get mod time from term in LX." + kSkipping, "<TMModStamp>1699999900</TMModStamp>\n"},
        {{"ITerm::GetDiscountPct", std::nullopt, E_FAIL}, S_OK, kTermPrefix,
@@ -125,11 +121,6 @@ TEST_F(RecordBuildersTest, TermItem) {
 }
 
 TEST_F(RecordBuildersTest, CustomerJobItem) {
-  EXPECT_EQ(
-      "<CustomerJobItem jobStatus=\"None\">\n<ClientID>11</ClientID>\n<Name>Roof</Name>\n<Hidden>N</Hidden>\n"
-      "<ParentID>10</ParentID>\n<ParentRootID>10</ParentRootID>\n<Sublevel>1</Sublevel>\n<Email>r@example.test</Email>\n"
-      "</CustomerJobItem>\n",
-      Customer(S_OK));
   Run({{{"IName::GetParent", 11, E_FAIL}, S_OK, kCustomerPrefix,
         "Failed to get parent name from customer in LX." + kSkipping, "<ParentID>10</ParentID>\n"},
        {{"IName::GetParentRoot", 11, E_FAIL}, S_OK, kCustomerPrefix,
@@ -172,13 +163,7 @@ TEST_F(RecordBuildersTest, InvoiceSuggestedDiscount) {
   const std::string discount =
       "<SuggestedDiscountData>\n<DiscountAmt>0.20</DiscountAmt>\n<DiscountDate>20090317</DiscountDate>\n"
       "</SuggestedDiscountData>\n";
-  EXPECT_EQ(
-      "<Invoice>\n<ClientID>100</ClientID>\n<CustomerID>11</CustomerID>\n<TMCreateStamp>1698800000</TMCreateStamp>\n"
-      "<TMModStamp>0</TMModStamp>\n<TranNum>0</TranNum>\n<TranType>Invoice</TranType>\n<Amt>10.00</Amt>\n"
-      "<TermsID>2</TermsID>\n"
-      "<InvoiceNum>7</InvoiceNum>\n" +
-          discount + "<AllowPayment>N</AllowPayment>\n</Invoice>\n",
-      Invoice(S_OK, 100));
+  EXPECT_NE(std::string::npos, Invoice(S_OK, 100).find(discount));
   // Terms without a discount, and no terms at all: no block and no line.
   for (const LONG recNum : {101, 102}) {
     SCOPED_TRACE(recNum);
