@@ -30,6 +30,7 @@ const NamedInterface kHostInterfaces[] = {
     PARCELON_NAMED(ICompanyProfile),
     PARCELON_NAMED(ICompanyFile),
     PARCELON_NAMED(ICompanyFile2),
+    PARCELON_NAMED(ICompanyFile3),
     PARCELON_NAMED(IAttribute),
     PARCELON_NAMED(ILongAttribute),
     PARCELON_NAMED(IAttributeContainer),

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "diagnostics/LogIfFailed.h"
 #include "forms/FormParts.h"
@@ -129,6 +130,32 @@ HRESULT WithList(ILists* lists, HRESULT (STDMETHODCALLTYPE ILists::*get)(List**)
   return SUCCEEDED(*got) ? walk(list) : *got;
 }
 
+// The company file's grouped writes, where the host offers them: the stamps of a pass reach the
+// company file as one write, or none of them when the process dies half way. A host without
+// them keeps each record's save on its own.
+class GroupedWrites {
+ public:
+  GroupedWrites(const ICompanyFilePtr& company, const char* prefix) : prefix_(prefix) {
+    if (FAILED(company.As(file_)) || !file_) return;
+    if (FAILED(LOG_IF_FAILED(file_->BeginWrites(), prefix_, "Failed to begin the writes of upload time attributes in LX.")))
+      file_.Reset();
+  }
+  ~GroupedWrites() { (void)End(); }
+  GroupedWrites(const GroupedWrites&) = delete;
+  GroupedWrites& operator=(const GroupedWrites&) = delete;
+
+  // Commits the writes; a failure means that none of them reached the company file.
+  HRESULT End() {
+    if (!file_) return S_OK;
+    const ICompanyFile3Ptr file = std::exchange(file_, nullptr);
+    return LOG_IF_FAILED(file->EndWrites(), prefix_, "Failed to end the writes of upload time attributes in LX.");
+  }
+
+ private:
+  const char* prefix_;
+  ICompanyFile3Ptr file_;
+};
+
 }  // namespace
 
 // ---- CUploadAttributeWriter -----------------------------------------------------------------
@@ -143,6 +170,7 @@ LONG CUploadAttributeWriter::StampValue() const {
 HRESULT CUploadAttributeWriter::UpdateUploadTimeAttributes() {
   IListsPtr lists;
   RETURN_IF_FAILED(GetLists(company_, kWriterPrefix, lists));
+  GroupedWrites writes(company_, kWriterPrefix);
   HRESULT result = S_OK;
   const auto update = [&](ListIndex index, auto get, auto member) {
     HRESULT got = S_OK;
@@ -156,7 +184,7 @@ HRESULT CUploadAttributeWriter::UpdateUploadTimeAttributes() {
   update(kTerms, &ILists::GetTerms, &CUploadAttributeWriter::UpdateTerms);
   update(kCustomerJobs, &ILists::GetCustomers, &CUploadAttributeWriter::UpdateCustomerJobs);
   update(kItems, &ILists::GetItems, &CUploadAttributeWriter::UpdateItems);
-  return result;
+  return FirstFailure(result, writes.End());
 }
 
 HRESULT CUploadAttributeWriter::UpdateClasses(IClassesPtr classes) { return UpdateList(classes, kLists[kClasses]); }
@@ -253,6 +281,7 @@ HRESULT CUploadAttributeKiller::RemoveAttributes() {
   IListsPtr lists;
   HRESULT result = GetLists(company_, kKillerPrefix, lists);
   if (SUCCEEDED(result)) {
+    GroupedWrites writes(company_, kKillerPrefix);
     const auto remove = [&](ListIndex index, auto get, auto member) {
       HRESULT got = S_OK;
       const HRESULT hr = WithList(lists.Get(), get, [&](const auto& list) { return (this->*member)(list); }, &got);
@@ -266,6 +295,7 @@ HRESULT CUploadAttributeKiller::RemoveAttributes() {
     remove(kTerms, &ILists::GetTerms, &CUploadAttributeKiller::RemoveTermAttributes);
     remove(kCustomerJobs, &ILists::GetCustomers, &CUploadAttributeKiller::RemoveCustomerJobAttributes);
     remove(kItems, &ILists::GetItems, &CUploadAttributeKiller::RemoveItemAttributes);
+    result = FirstFailure(result, writes.End());
   }
   // The next upload starts from time 0 even when some stamps stayed: a stamp left behind only
   // keeps its record out of an upload it did not change for, a time left behind would hide

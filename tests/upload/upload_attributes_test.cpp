@@ -337,5 +337,97 @@ TEST_F(UploadAttributesTest, StyleUploadTimesAreWrittenPerStyleAndDeletedWhole) 
             LogEntries());
 }
 
+// ---- The SQLite company store --------------------------------------------------------------
+
+#if PARCELON_HAVE_SQLITE
+class UploadAttributesStoreTest : public UploadTest {
+ protected:
+  void SetUp() override {
+    UploadTest::SetUp();
+    WriteFile(ScratchFile("company.json"), kCompany);
+    std::string error;
+    ASSERT_EQ(S_OK, refhost::ReferenceHost::CreateStore(ScratchFile("company.json"), store_, error)) << error;
+    Reopen();
+  }
+  void TearDown() override {
+    host_.reset();
+    UploadTest::TearDown();
+  }
+  // A new host of the store, as a restart of the application gives it.
+  void Reopen() {
+    host_.reset();
+    HRESULT hr = S_OK;
+    std::string error;
+    host_ = refhost::ReferenceHost::FromStore(store_, hr, error);
+    ASSERT_TRUE(host_) << error;
+    host_->SetLogFolder(LogFolder());
+    ASSERT_EQ(S_OK, host_->Register());
+  }
+  // Empties the log for the next case.
+  void StartCaseLog() {
+    CNALogger::ResetForTesting();
+    std::remove((LogFolder() + "NALog.log").c_str());
+  }
+  ICompanyFilePtr File() {
+    ICompanyFilePtr file;
+    EXPECT_EQ(S_OK, host_->GetCompanyFile(file.ReleaseAndGetAddressOf()));
+    return file;
+  }
+  std::vector<std::optional<LONG>> Stamps() {
+    refhost::Company& company = host_->GetCompany();
+    return {StampOf(company.terms.Find(1)), StampOf(company.terms.Find(2)), StampOf(company.names.Find(10)),
+            StampOf(company.names.Find(11)), StampOf(company.items.Find(70))};
+  }
+
+  const std::string store_ = ScratchFile("company.db");
+  std::unique_ptr<refhost::ReferenceHost> host_;
+};
+
+TEST_F(UploadAttributesStoreTest, StampsAndTheirRemovalSurviveAReopen) {
+  CRecNumMap map;
+  map(RecordKind::kTerm, 2) = kMarkSentSelected;
+  map(RecordKind::kCustomerJob, 11) = kMarkSentChanged;
+  ASSERT_EQ(S_OK, CUploadAttributeWriter(File(), map, kBuilt).UpdateUploadTimeAttributes());
+  Reopen();
+  const std::vector<std::optional<LONG>> stamped = {kOld, LONG(kBuilt), kOld, LONG(kBuilt), kOld};
+  EXPECT_EQ(stamped, Stamps());
+
+  ASSERT_EQ(S_OK, upload::StoreLastClientDataUploadTime(kBuilt + 1));
+  ASSERT_EQ(S_OK, CUploadAttributeKiller(File()).RemoveAttributes());
+  Reopen();
+  EXPECT_EQ(std::vector<std::optional<LONG>>(5), Stamps());
+  LONG time = -1;
+  EXPECT_EQ(S_OK, upload::RetrieveLastClientDataUploadTime(&time));
+  EXPECT_EQ(0, time);
+  EXPECT_EQ(std::vector<std::string>{}, LogEntries());
+}
+
+// The stamps of a pass are one write of the store: when it does not go through, none of them is
+// kept, although each record's save succeeded.
+TEST_F(UploadAttributesStoreTest, TheStampsOfAPassReachTheStoreTogetherOrNotAtAll) {
+  CRecNumMap map;
+  map(RecordKind::kTerm, 1) = kMarkSentSelected;
+  map(RecordKind::kTerm, 2) = kMarkSentSelected;
+  map(RecordKind::kCustomerJob, 11) = kMarkSentChanged;
+  ASSERT_TRUE(host_->GetFaults().Fail("ICompanyFile3::EndWrites", E_FAIL));
+  EXPECT_EQ(E_FAIL, CUploadAttributeWriter(File(), map, kBuilt).UpdateUploadTimeAttributes());
+  EXPECT_EQ(std::vector<std::string>{Entry(kWriter, "Failed to end the writes of upload time attributes in LX.")},
+            LogEntries());
+  host_->GetFaults().Clear();
+  Reopen();
+  EXPECT_EQ((std::vector<std::optional<LONG>>{kOld, std::nullopt, kOld, std::nullopt, kOld}), Stamps());
+
+  // A host that cannot group the writes keeps each record's save.
+  StartCaseLog();
+  ASSERT_TRUE(host_->GetFaults().Fail("ICompanyFile3::BeginWrites", E_FAIL));
+  EXPECT_EQ(S_OK, CUploadAttributeWriter(File(), map, kBuilt).UpdateUploadTimeAttributes());
+  EXPECT_EQ(std::vector<std::string>{Entry(kWriter, "Failed to begin the writes of upload time attributes in LX.")},
+            LogEntries());
+  host_->GetFaults().Clear();
+  Reopen();
+  EXPECT_EQ((std::vector<std::optional<LONG>>{LONG(kBuilt), LONG(kBuilt), kOld, LONG(kBuilt), kOld}), Stamps());
+}
+#endif
+
 }  // namespace
 }  // namespace parcelon::test
