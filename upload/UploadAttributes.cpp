@@ -98,6 +98,14 @@ Record* RecordFrom(HRESULT (STDMETHODCALLTYPE List::*)(LONG, Record**));
 template <class List>
 using RecordOf = std::remove_pointer_t<decltype(RecordFrom(&List::GetItem))>;
 
+// The list type of a getter of ILists.
+template <class Get>
+struct ListArgument;
+template <class List>
+struct ListArgument<HRESULT (STDMETHODCALLTYPE ILists::*)(List**)> {
+  using type = List*;
+};
+
 // The first failure of several steps that all run.
 HRESULT FirstFailure(HRESULT first, HRESULT next) { return FAILED(first) ? first : next; }
 
@@ -122,12 +130,22 @@ HRESULT GetLists(const ICompanyFilePtr& company, const char* prefix, IListsPtr& 
   return S_OK;
 }
 
-// Calls `get` on the lists for the kind's collection, then `walk` over it.
-template <class List, class Walk>
-HRESULT WithList(ILists* lists, HRESULT (STDMETHODCALLTYPE ILists::*get)(List**), Walk walk, HRESULT* got) {
-  ComPtr<List> list;
-  *got = NotNull((lists->*get)(list.ReleaseAndGetAddressOf()), list);
-  return SUCCEEDED(*got) ? walk(list) : *got;
+// Takes the seven lists in order and gives each to `visit` with its index and the status of
+// taking it (a list that could not be taken comes null).
+template <class Visit>
+void ForEachList(ILists* lists, Visit visit) {
+  const auto take = [&](ListIndex index, auto get) {
+    ComPtr<std::remove_pointer_t<typename ListArgument<decltype(get)>::type>> list;
+    const HRESULT hr = NotNull((lists->*get)(list.ReleaseAndGetAddressOf()), list);
+    visit(index, hr, list);
+  };
+  take(kClasses, &ILists::GetClasses);
+  take(kShipMethods, &ILists::GetShipMethods);
+  take(kCustomerMessages, &ILists::GetCustomerMessages);
+  take(kSalesReps, &ILists::GetSalesReps);
+  take(kTerms, &ILists::GetTerms);
+  take(kCustomerJobs, &ILists::GetCustomers);
+  take(kItems, &ILists::GetItems);
 }
 
 // The company file's grouped writes, where the host offers them: the stamps of a pass reach the
@@ -172,18 +190,10 @@ HRESULT CUploadAttributeWriter::UpdateUploadTimeAttributes() {
   RETURN_IF_FAILED(GetLists(company_, kWriterPrefix, lists));
   GroupedWrites writes(company_, kWriterPrefix);
   HRESULT result = S_OK;
-  const auto update = [&](ListIndex index, auto get, auto member) {
-    HRESULT got = S_OK;
-    const HRESULT hr = WithList(lists.Get(), get, [&](const auto& list) { return (this->*member)(list); }, &got);
+  ForEachList(lists.Get(), [&](ListIndex index, HRESULT got, const auto& list) {
+    const HRESULT hr = SUCCEEDED(got) ? UpdateList(list, kLists[index]) : got;
     result = FirstFailure(result, LOG_IF_FAILED(hr, kWriterPrefix, LinesOf(kLists[index]).updating.c_str()));
-  };
-  update(kClasses, &ILists::GetClasses, &CUploadAttributeWriter::UpdateClasses);
-  update(kShipMethods, &ILists::GetShipMethods, &CUploadAttributeWriter::UpdateShipMethods);
-  update(kCustomerMessages, &ILists::GetCustomerMessages, &CUploadAttributeWriter::UpdateCustomerMessages);
-  update(kSalesReps, &ILists::GetSalesReps, &CUploadAttributeWriter::UpdateSalesReps);
-  update(kTerms, &ILists::GetTerms, &CUploadAttributeWriter::UpdateTerms);
-  update(kCustomerJobs, &ILists::GetCustomers, &CUploadAttributeWriter::UpdateCustomerJobs);
-  update(kItems, &ILists::GetItems, &CUploadAttributeWriter::UpdateItems);
+  });
   return FirstFailure(result, writes.End());
 }
 
@@ -282,19 +292,11 @@ HRESULT CUploadAttributeKiller::RemoveAttributes() {
   HRESULT result = GetLists(company_, kKillerPrefix, lists);
   if (SUCCEEDED(result)) {
     GroupedWrites writes(company_, kKillerPrefix);
-    const auto remove = [&](ListIndex index, auto get, auto member) {
-      HRESULT got = S_OK;
-      const HRESULT hr = WithList(lists.Get(), get, [&](const auto& list) { return (this->*member)(list); }, &got);
-      LOG_IF_FAILED(got, kKillerPrefix, LinesOf(kLists[index]).noList.c_str());
+    ForEachList(lists.Get(), [&](ListIndex index, HRESULT got, const auto& list) {
+      const HRESULT hr = SUCCEEDED(got) ? RemoveList(list, kLists[index])
+                                        : LOG_IF_FAILED(got, kKillerPrefix, LinesOf(kLists[index]).noList.c_str());
       result = FirstFailure(result, hr);
-    };
-    remove(kClasses, &ILists::GetClasses, &CUploadAttributeKiller::RemoveClassAttributes);
-    remove(kShipMethods, &ILists::GetShipMethods, &CUploadAttributeKiller::RemoveShipMethodAttributes);
-    remove(kCustomerMessages, &ILists::GetCustomerMessages, &CUploadAttributeKiller::RemoveCustomerMessageAttributes);
-    remove(kSalesReps, &ILists::GetSalesReps, &CUploadAttributeKiller::RemoveSalesRepAttributes);
-    remove(kTerms, &ILists::GetTerms, &CUploadAttributeKiller::RemoveTermAttributes);
-    remove(kCustomerJobs, &ILists::GetCustomers, &CUploadAttributeKiller::RemoveCustomerJobAttributes);
-    remove(kItems, &ILists::GetItems, &CUploadAttributeKiller::RemoveItemAttributes);
+    });
     result = FirstFailure(result, writes.End());
   }
   // The next upload starts from time 0 even when some stamps stayed: a stamp left behind only

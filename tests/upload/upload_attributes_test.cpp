@@ -356,12 +356,8 @@ class UploadAttributesStoreTest : public UploadTest {
   // A new host of the store, as a restart of the application gives it.
   void Reopen() {
     host_.reset();
-    HRESULT hr = S_OK;
-    std::string error;
-    host_ = refhost::ReferenceHost::FromStore(store_, hr, error);
-    ASSERT_TRUE(host_) << error;
-    host_->SetLogFolder(LogFolder());
-    ASSERT_EQ(S_OK, host_->Register());
+    host_ = OpenStoreHost(store_, LogFolder());
+    ASSERT_TRUE(host_);
   }
   // Empties the log for the next case.
   void StartCaseLog() {
