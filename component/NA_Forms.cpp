@@ -16,6 +16,7 @@
 #include "forms/FormRequest.h"
 #include "host/HostServices.h"
 #include "platform/CodePage.h"
+#include "response/ResponseProcessing.h"
 #include "upload/DataUploadRequest.h"
 #include "upload/UploadAttributes.h"
 #include "upload/UploadClock.h"
@@ -230,11 +231,6 @@ HRESULT CNA_Forms::ReadCurrentForm(StringGetter getter, Bstr& value) const {
 
 // ---- The company data upload ----------------------------------------------------------------
 
-void CNA_Forms::BeginPass() {
-  dataUploadAccepted_ = false;
-  uploadWritten_ = false;
-}
-
 HRESULT CNA_Forms::PossiblyDeleteAllUploadTimeAttributes() {
   const bool asked = AmbitAccess::GetFeatureParamAsBool(AmbitAccess::kFeatureSection, kRemoveUploadTimesKey, nullptr);
   if (!asked && forceNewCompany_ == VARIANT_FALSE) return S_OK;
@@ -281,6 +277,12 @@ HRESULT CNA_Forms::RecordAcceptedUpload() {
   RETURN_IF_FAILED_LOG(parcelon::upload::StoreLastClientDataUploadTime(time_t(uploadBuiltAt_ + 1)),
                        kOnSynchCompletedPrefix, "Failed to store the client data upload time.");
   return S_OK;
+}
+
+void CNA_Forms::StartPass() {
+  // Nothing of an earlier pass's upload or its answer may count for this pass's.
+  dataUploadAccepted_ = false;
+  uploadWritten_ = false;
 }
 
 // ---- The pass's request ---------------------------------------------------------------------
@@ -338,7 +340,7 @@ HRESULT CNA_Forms::put_AuthParams(BSTR ticketID, BSTR authid) {
 HRESULT CNA_Forms::BuildXML(short indentLevel, BSTR* pXML) {
   if (!pXML) return E_POINTER;
   *pXML = nullptr;
-  BeginPass();
+  StartPass();
   return Guarded([&] {
     const uint32_t depth = uint32_t(std::max<short>(indentLevel, 0));
     if (request_)
@@ -384,7 +386,7 @@ HRESULT CNA_Forms::BuildXML(short indentLevel, BSTR* pXML) {
 }
 
 HRESULT CNA_Forms::BuildData(BYTE** pData) {
-  BeginPass();
+  StartPass();
   return attachment_.BuildData(currentForm_.Get(), pData);
 }
 
@@ -504,9 +506,12 @@ HRESULT CNA_Forms::get_ResponseTypesToParse(BSTR* pResponseTypes) {
   return ReturnText(PARCELON_OLESTR("AttachmentRs,LXDataMsgsRs"), pResponseTypes);
 }
 
-HRESULT CNA_Forms::ParseResponse(IUnknown*) {
-  // The response aggregates are not processed yet.
-  return S_OK;
+HRESULT CNA_Forms::ParseResponse(IUnknown* pIXMLDOMNode) {
+  // An upload counts as accepted only when this pass wrote one and its response accepted it.
+  bool accepted = false;
+  const HRESULT hr = parcelon::response::ParseResponse(pIXMLDOMNode, currentForm_.Get(), accepted);
+  if (accepted && uploadWritten_) dataUploadAccepted_ = true;
+  return hr;
 }
 
 // ---- INA_Base5 ------------------------------------------------------------------------------

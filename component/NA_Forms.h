@@ -114,8 +114,9 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
   // After an accepted upload: stamps the records it carried with the time it was built, and
   // stores that time plus a second as the last client upload time.
   HRESULT RecordAcceptedUpload();
-  // Forgets what an earlier pass wrote and what its response said.
-  void BeginPass();
+  // Forgets the upload of the pass before and whether it was accepted; every pass's request
+  // building (BuildXML, BuildData) begins with it.
+  void StartPass();
 
   std::vector<ComPtr<INA_Form7>> forms_;
   VARIANT_BOOL forceNewCompany_ = VARIANT_FALSE;

@@ -7,6 +7,7 @@
 #include "diagnostics/FeatureSettings.h"
 #include "platform/CodePage.h"
 #include "platform/ComPtr.h"
+#include "platform/XmlDom.h"
 
 namespace parcelon::tools {
 
@@ -185,13 +186,87 @@ class Driver {
     }
     Bstr responseTypes;
     Check(session->get_ResponseTypesToParse(responseTypes.Out()), "ResponseTypesToParse");
-    Say(out_, "response types to parse: %s (a dry run has no response document)\n", ToText(responseTypes.Get()).c_str());
+    Say(out_, "response types to parse: %s\n", ToText(responseTypes.Get()).c_str());
+    const std::string status = pass <= int(plan_.responses.size()) ? plan_.responses[size_t(pass - 1)] : "0";
+    const std::string response =
+        attachmentPass ? AttachmentResponse(status)
+                       : ToText(body.Get()).find("<LXDataMsgsRq") != std::string::npos ? DataUploadResponse(status) : "";
+    if (response.empty())
+      Say(out_, "response document: none\n");
+    else
+      Respond(session, response, ToText(responseTypes.Get()));
     Check(session->OnSynchCompleted(), "OnSynchCompleted");
+  }
+
+  // What a gateway answers an attachment upload with: the attachment's message identifier, the
+  // same the cookie carries.
+  std::string AttachmentResponse(const std::string& status) const {
+    char messageID[24];
+    std::snprintf(messageID, sizeof messageID, "ATT%06d", attachments_);
+    return "<AttachmentRs statusCode=\"" + Escaped(status) + "\" statusSeverity=\"" + Severity(status) + "\"><MessageID>" +
+           messageID + "</MessageID></AttachmentRs>";
+  }
+
+  // What a gateway answers a data upload with: a new upload token.
+  std::string DataUploadResponse(const std::string& status) {
+    char token[24];
+    std::snprintf(token, sizeof token, "TOKEN-%04d", ++uploads_);
+    return "<LXDataMsgsRs><DataUploadRs statusCode=\"" + Escaped(status) + "\" statusSeverity=\"" + Severity(status) +
+           "\"><LastDataUploadToken>" + token + "</LastDataUploadToken></DataUploadRs></LXDataMsgsRs>";
+  }
+
+  static std::string Severity(const std::string& status) { return status == "0" ? "INFO" : "ERROR"; }
+
+  // The status as attribute text: it comes from the command line.
+  static std::string Escaped(const std::string& text) {
+    std::string out;
+    for (const char c : text) {
+      switch (c) {
+        case '&': out += "&amp;"; break;
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        case '"': out += "&quot;"; break;
+        default: out += c;
+      }
+    }
+    return out;
+  }
+
+  // Hands the document's aggregates of the names in `types` (the root, or an element child of it)
+  // to ParseResponse, as the adapter does.
+  void Respond(INA_Base5* session, const std::string& response, const std::string& types) {
+    Say(out_, "response document:\n%s\n", response.c_str());
+    ComPtr<IXMLDOMDocument> document;
+    Check(CreateDomDocument(document.ReleaseAndGetAddressOf()), "creating the response document");
+    VARIANT_BOOL loaded = VARIANT_FALSE;
+    HRESULT hr = document->loadXML(ToBstr(response).Get(), &loaded);
+    Check(hr == S_OK && loaded ? S_OK : FAILED(hr) ? hr : E_FAIL, "loading the response document");
+    ComPtr<IXMLDOMElement> root;
+    hr = document->get_documentElement(root.ReleaseAndGetAddressOf());
+    Check(hr == S_OK && root ? S_OK : FAILED(hr) ? hr : E_FAIL, "reading the response document");
+    std::vector<ComPtr<IXMLDOMNode>> aggregates{ComPtr<IXMLDOMNode>(root.Get())};
+    ComPtr<IXMLDOMNodeList> children;
+    LONG count = 0;
+    Check(root->get_childNodes(children.ReleaseAndGetAddressOf()), "reading the response document");
+    Check(children->get_length(&count), "reading the response document");
+    for (LONG i = 0; i < count; ++i) {
+      aggregates.emplace_back();
+      Check(children->get_item(i, aggregates.back().ReleaseAndGetAddressOf()), "reading the response document");
+    }
+    for (const ComPtr<IXMLDOMNode>& aggregate : aggregates) {
+      Bstr name;
+      Check(aggregate->get_nodeName(name.Out()), "reading the response document");
+      if (("," + types + ",").find("," + ToText(name.Get()) + ",") == std::string::npos) continue;
+      hr = session->ParseResponse(aggregate.Get());
+      Say(out_, "ParseResponse(%s): 0x%08" PRIX32 "\n", ToText(name.Get()).c_str(), uint32_t(hr));
+      Check(hr, "ParseResponse");
+    }
   }
 
   const SendSpec& plan_;
   std::string& out_;
   int attachments_ = 0;
+  int uploads_ = 0;
 };
 
 }  // namespace

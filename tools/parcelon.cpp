@@ -16,7 +16,9 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: parcelon build --company FIXTURE.json [--store STORE.db] [--ticket T] [--authid A] [--all-customers]\n"
-    "                      --form TYPE:RECNUM [form options] [--form ... [form options]]...\n"
+    "                      [--respond STATUS]... --form TYPE:RECNUM [form options] [--form ... [form options]]...\n"
+    "  --respond gives the status the gateway answers the next pass with (the first --respond answers\n"
+    "  pass 1, the second pass 2, ...; \"0\" for the passes beyond)\n"
     "  TYPE is invoice, estimate, statement or other; form options apply to the last --form:\n"
     "  --send email|fax|paper|none|delete|void|pending   --to --cc --bcc --from --reply-to\n"
     "  --subject --text --pdf FILE   --fax-to NUMBER   --post   --synch-multiple\n";
@@ -73,6 +75,7 @@ Options ParseOptions(int argc, char** argv) {
     else if (option == "--ticket") options.send.ticket = value();
     else if (option == "--authid") options.send.authId = value();
     else if (option == "--all-customers") options.send.allCustomers = true;
+    else if (option == "--respond") options.send.responses.push_back(value());
     else if (option == "--form") options.send.forms.push_back(ParseForm(value()));
     else if (option == "--send") {
       int send;

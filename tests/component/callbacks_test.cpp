@@ -56,7 +56,7 @@ TEST_F(CallbacksTest, NewSessionAnswers) {
   LONG size = 5;
   EXPECT_EQ(S_OK, base_->get_DataSize(&size));
   EXPECT_EQ(0, size);
-  EXPECT_EQ(S_OK, base_->ParseResponse(nullptr));
+  EXPECT_EQ(E_NOINTERFACE, base_->ParseResponse(nullptr)) << "no node to read";
 
   VARIANT_BOOL flag = VARIANT_TRUE;
   EXPECT_EQ(S_OK, session_->get_ForceNewCompany(&flag));
