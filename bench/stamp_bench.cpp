@@ -4,8 +4,10 @@
 // stamping with one transaction per record, which shows where the store's time goes.
 #include <benchmark/benchmark.h>
 
+#if PARCELON_HAVE_SQLITE
 #include <stdlib.h>
 #include <unistd.h>
+#endif
 
 #include <cstdio>
 #include <map>
