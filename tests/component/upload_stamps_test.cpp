@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "../response/ResponseTestSupport.h"
 #include "../upload/UploadTestSupport.h"
 #include "component/NA_Forms.h"
 #include "component/SampleSendTest.h"
@@ -152,6 +153,116 @@ TEST_F(UploadStampsTest, WithoutACompanyTheRemovalSaysSo) {
                 Entry("Parcelon:CNA_Forms::BuildXML(short, BSTR*): ", "Failed to build LX data msg set.")}),
             LogEntries());
   EXPECT_EQ(3u, StampsLeft());
+}
+
+// ---- What a pass stamps -----------------------------------------------------------------------
+
+const std::string kAccepted =
+    "<LXDataMsgsRs><DataUploadRs statusCode=\"0\"><LastDataUploadToken>T-1</LastDataUploadToken></DataUploadRs>"
+    "</LXDataMsgsRs>";
+
+class PassStampsTest : public UploadStampsTest {
+ protected:
+  void SetUp() override {
+    UploadStampsTest::SetUp();
+    // Nothing stamped yet: the first upload carries term 2 and job 102 with its parents.
+    for (refhost::ListRecord* record : StampedRecords()) record->attributes.clear();
+    clock_.now = kBuilt;
+  }
+  bool Term2Stamped() { return !Host().GetCompany().terms.Find(2)->attributes.empty(); }
+  LONG Term2Stamp() { return Host().GetCompany().terms.Find(2)->attributes.at(0).value; }
+
+  static constexpr int64_t kBuilt = 1235869200;
+};
+
+// Stamped with the time the upload was built, not the time the answer came; the last client
+// upload time is that time plus one second.
+TEST_F(PassStampsTest, AnAcceptedUploadIsStampedWithItsBuildTime) {
+  const ComPtr<INA_Base5> session = Session(false);
+  Build(session);
+  clock_.now = kBuilt + 500;
+  EXPECT_EQ(S_OK, session->ParseResponse(RootOf(kAccepted).Get()));
+  EXPECT_EQ(S_OK, session->OnSynchCompleted());
+  ASSERT_TRUE(Term2Stamped());
+  EXPECT_EQ(LONG(kBuilt), Term2Stamp());
+  EXPECT_EQ(LONG(kBuilt + 1), LastTime());
+}
+
+// A build again in the same pass whose upload fails leaves nothing to stamp, even though an
+// answer accepted the one before.
+TEST_F(PassStampsTest, ALaterBuildThatFailsLeavesNothingToStamp) {
+  const ComPtr<INA_Base5> session = Session(false);
+  Build(session);
+  EXPECT_EQ(S_OK, session->ParseResponse(RootOf(kAccepted).Get()));
+  Inject({"INAAuthTool::GetCompanyUID", std::nullopt, E_FAIL});
+  BSTR xml = nullptr;
+  EXPECT_TRUE(FAILED(session->BuildXML(0, &xml)));
+  EXPECT_EQ(S_OK, session->ParseResponse(RootOf(kAccepted).Get()));
+  Faults().Clear();
+  EXPECT_EQ(S_OK, session->OnSynchCompleted());
+  EXPECT_FALSE(Term2Stamped());
+  EXPECT_EQ(kEarlier, LastTime());
+}
+
+// An answer accepting an upload counts only for a pass that wrote one: an estimate without Post
+// writes none, and an accepting answer to it stamps nothing.
+TEST_F(PassStampsTest, AnAcceptingAnswerToAPassWithoutUploadStampsNothing) {
+  const ComPtr<INA_Base5> session = Session(false);
+  ComPtr<INA_Forms2> forms;
+  ASSERT_EQ(S_OK, session.As(forms));
+  // The session's only form, its Post cleared.
+  ComPtr<INA_Form> form;
+  ASSERT_EQ(S_OK, forms->AddForm(form.ReleaseAndGetAddressOf()));
+  ASSERT_EQ(S_OK, forms->RemoveAllForms());
+  ComPtr<INA_Form> added;
+  ASSERT_EQ(S_OK, forms->AddForm(added.ReleaseAndGetAddressOf()));
+  ComPtr<INA_Form7> estimate;
+  ASSERT_EQ(S_OK, added.As(estimate));
+  estimate->put_FormType(naftESTIMATE);
+  estimate->put_TransactionRecordNumber(2001);
+  estimate->put_SendMethod(nastNONE);
+  ASSERT_EQ(S_OK, session->Initialize());
+  EXPECT_EQ(std::string::npos, Build(session).find("<LXDataMsgsRq"));
+  EXPECT_EQ(S_OK, session->ParseResponse(RootOf(kAccepted).Get()));
+  EXPECT_EQ(S_OK, session->OnSynchCompleted());
+  EXPECT_FALSE(Term2Stamped());
+  EXPECT_EQ(kEarlier, LastTime());
+}
+
+// Stamping and storing the time fail each with their lines; the pass itself still ends well when
+// only a record could not be stamped.
+TEST_F(PassStampsTest, FailuresAfterAnAcceptedUploadAreLogged) {
+  const ComPtr<INA_Base5> session = Session(false);
+  Build(session);
+  EXPECT_EQ(S_OK, session->ParseResponse(RootOf(kAccepted).Get()));
+  StartCase();
+  Inject({"ITerm::LockForEdit", 2, E_FAIL});
+  EXPECT_EQ(S_OK, session->OnSynchCompleted());
+  EXPECT_EQ((std::vector<std::string>{
+                Entry("Parcelon:CUploadAttributeWriter::UpdateTerms(ITermsPtr): ", "Failed to lock term(4) for editing."),
+                Entry("Parcelon:CUploadAttributeWriter::UpdateUploadTimeAttributes(): ",
+                      "Failed while updating upload time attributes for terms.")}),
+            LogEntries());
+  EXPECT_FALSE(Term2Stamped());
+  EXPECT_FALSE(Host().GetCompany().names.Find(102)->attributes.empty()) << "the others are stamped";
+  EXPECT_EQ(LONG(kBuilt + 1), LastTime());
+}
+
+TEST_F(PassStampsTest, ATimeThatCannotBeStoredFailsThePassEnd) {
+  const ComPtr<INA_Base5> session = Session(false);
+  Build(session);
+  EXPECT_EQ(S_OK, session->ParseResponse(RootOf(kAccepted).Get()));
+  StartCase();
+  Faults().HoldLock(u"Orvane:NetworkAdapter:DataUpload");
+  EXPECT_EQ(E_FAIL, session->OnSynchCompleted());
+  EXPECT_EQ((std::vector<std::string>{
+                Entry("NetworkAdapterManager:CDataFileStorage::WriteProperty(const char*, VARIANT): ",
+                      "Could not acquire data file record lock in LX.", "0xffffd8f3"),
+                Entry("Parcelon:CNA_Forms::StoreLastClientDataUploadTime(time_t): ",
+                      "Failed to write last client data upload time \"1235869201\" to the data file."),
+                Entry("Parcelon:CNA_Forms::OnSynchCompleted(): ", "Failed to store the client data upload time.")}),
+            LogEntries());
+  EXPECT_TRUE(Term2Stamped());
 }
 
 }  // namespace
