@@ -55,9 +55,9 @@ class UploadStampsTest : public SampleSendTest {
     return time;
   }
 
-  // A session with the estimate 2001 posted and sent by no method: one form pass, whose request
-  // holds the data upload only.
-  ComPtr<INA_Base5> Session(bool forceNewCompany) {
+  // A session with the estimate 2001 sent by no method, posted unless `post` is false: one form
+  // pass, whose request holds the data upload only.
+  ComPtr<INA_Base5> Session(bool forceNewCompany, bool post = true) {
     ComPtr<INA_Forms2> session;
     EXPECT_EQ(S_OK, CoCreateInstance(CLSID_NA_Forms, nullptr, CLSCTX_INPROC_SERVER, IidOf<INA_Forms2>(),
                                      session.ReleaseAndGetVoidAddress()));
@@ -69,7 +69,7 @@ class UploadStampsTest : public SampleSendTest {
     form->put_FormType(naftESTIMATE);
     form->put_TransactionRecordNumber(2001);
     form->put_SendMethod(nastNONE);
-    form->put_Post(VARIANT_TRUE);
+    form->put_Post(post ? VARIANT_TRUE : VARIANT_FALSE);
     ComPtr<INA_Base5> base;
     EXPECT_EQ(S_OK, session.As(base));
     EXPECT_EQ(S_OK, base->Initialize());
@@ -207,21 +207,7 @@ TEST_F(PassStampsTest, ALaterBuildThatFailsLeavesNothingToStamp) {
 // An answer accepting an upload counts only for a pass that wrote one: an estimate without Post
 // writes none, and an accepting answer to it stamps nothing.
 TEST_F(PassStampsTest, AnAcceptingAnswerToAPassWithoutUploadStampsNothing) {
-  const ComPtr<INA_Base5> session = Session(false);
-  ComPtr<INA_Forms2> forms;
-  ASSERT_EQ(S_OK, session.As(forms));
-  // The session's only form, its Post cleared.
-  ComPtr<INA_Form> form;
-  ASSERT_EQ(S_OK, forms->AddForm(form.ReleaseAndGetAddressOf()));
-  ASSERT_EQ(S_OK, forms->RemoveAllForms());
-  ComPtr<INA_Form> added;
-  ASSERT_EQ(S_OK, forms->AddForm(added.ReleaseAndGetAddressOf()));
-  ComPtr<INA_Form7> estimate;
-  ASSERT_EQ(S_OK, added.As(estimate));
-  estimate->put_FormType(naftESTIMATE);
-  estimate->put_TransactionRecordNumber(2001);
-  estimate->put_SendMethod(nastNONE);
-  ASSERT_EQ(S_OK, session->Initialize());
+  const ComPtr<INA_Base5> session = Session(false, false);
   EXPECT_EQ(std::string::npos, Build(session).find("<LXDataMsgsRq"));
   EXPECT_EQ(S_OK, session->ParseResponse(RootOf(kAccepted).Get()));
   EXPECT_EQ(S_OK, session->OnSynchCompleted());
