@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 #include "diagnostics/LogIfFailed.h"
