@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "BenchMain.h"
+#include "LoadedCompany.h"
 #include "clienttools/XMLBuilder.h"
 #include "component/NA_Form.h"
 #include "refhost/CompanyData.h"
@@ -25,18 +26,7 @@ namespace {
 using parcelon::refhost::Company;
 using parcelon::refhost::ReferenceHost;
 
-// The synthetic company of `names`, loaded once per size.
-std::shared_ptr<Company> LoadedCompany(int names) {
-  static std::map<int, std::shared_ptr<Company>> companies;
-  auto& company = companies[names];
-  if (!company) {
-    company = std::make_shared<Company>();
-    std::string error;
-    parcelon::refhost::LoadFixtureText(parcelon::refhost::SyntheticCompanyJson(names), "synthetic.json", *company,
-                                       error);
-  }
-  return company;
-}
+using parcelon::bench::LoadedCompany;
 
 void BM_FirstUploadAllCustomers(benchmark::State& state) {
   const int names = int(state.range(0));

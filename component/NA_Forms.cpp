@@ -5,15 +5,22 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "component/NA_Form.h"
 #include "diagnostics/Dumps.h"
 #include "diagnostics/FeatureSettings.h"
+#include "diagnostics/HostMessageBox.h"
 #include "diagnostics/LogIfFailed.h"
 #include "forms/EnumToString.h"
+#include "forms/FormRequest.h"
+#include "host/HostServices.h"
 #include "platform/CodePage.h"
 #include "response/ResponseProcessing.h"
 #include "upload/DataUploadRequest.h"
+#include "upload/UploadAttributes.h"
+#include "upload/UploadClock.h"
+#include "upload/UploadState.h"
 
 namespace {
 
@@ -32,6 +39,10 @@ constexpr const char* kResponseHeaderParamNamePrefix =
 constexpr const char* kSetResponseHeaderParamValuePrefix =
     "Parcelon:CNA_Forms::SetResponseHeaderParamValue";
 constexpr const char* kTxEParamsPrefix = "Parcelon:CNA_Forms::get_TxEParams";
+constexpr const char* kPossiblyDeletePrefix = "Parcelon:CNA_Forms::PossiblyDeleteAllUploadTimeAttributes()";
+
+// The switch that removes every upload-time stamp before each request.
+constexpr const char* kRemoveUploadTimesKey = "NetworkAdapter.RemoveUploadTimeAttrs";
 
 constexpr uint64_t kBuilderCapacity = 4096;
 
@@ -142,6 +153,8 @@ HRESULT CNA_Forms::Initialize() {
 
 HRESULT CNA_Forms::OnSynchCompleted() {
   attachment_.Release();
+  // The answer counts for this pass only.
+  const bool uploadAccepted = std::exchange(dataUploadAccepted_, false) && uploadWritten_;
   switch (state_) {
     case kAttachmentPass: {
       // The attachment went up when its response gave the form a message identifier (an empty
@@ -155,13 +168,13 @@ HRESULT CNA_Forms::OnSynchCompleted() {
                     "Failed to get parcelon attachment message ID");
     }
     case kFormPass:
-      return CompleteFormPass();
+      return CompleteFormPass(uploadAccepted);
     default:
       return S_OK;
   }
 }
 
-HRESULT CNA_Forms::CompleteFormPass() {
+HRESULT CNA_Forms::CompleteFormPass(bool uploadAccepted) {
   if (cursor_ >= forms_.size()) {
     // The forms were removed during the send.
     state_ = kDone;
@@ -188,12 +201,9 @@ HRESULT CNA_Forms::CompleteFormPass() {
     }
   }
 
-  bool uploadWasDue = false;
-  RETURN_IF_FAILED_LOG(IsDataUploadDue(uploadWasDue), kOnSynchCompletedPrefix,
-                       "Failed to find out if we needed to do data upload.");
-  if (!uploadWasDue || !dataUploadAccepted_) return S_OK;
-  dataUploadAccepted_ = false;
-  return RecordAcceptedUpload();
+  // Whether an upload was due is what this pass wrote, not a question asked again of a form
+  // that may be the next one by now.
+  return uploadAccepted ? RecordAcceptedUpload() : S_OK;
 }
 
 HRESULT CNA_Forms::get_IsAnotherSynchNeeded(VARIANT_BOOL* pDoItAgain) {
@@ -220,9 +230,25 @@ HRESULT CNA_Forms::ReadCurrentForm(StringGetter getter, Bstr& value) const {
 }
 
 // ---- The company data upload ----------------------------------------------------------------
-// The upload-time attributes are not removed yet and an accepted upload is not recorded yet.
 
-HRESULT CNA_Forms::DeleteUploadTimesIfAsked() { return S_OK; }
+HRESULT CNA_Forms::PossiblyDeleteAllUploadTimeAttributes() {
+  const bool asked = AmbitAccess::GetFeatureParamAsBool(AmbitAccess::kFeatureSection, kRemoveUploadTimesKey, nullptr);
+  if (!asked && forceNewCompany_ == VARIANT_FALSE) return S_OK;
+  ICompanyFilePtr company;
+  RETURN_IF_FAILED_LOG(parcelon::GetCurrentCompanyFilePtr(company), kPossiblyDeletePrefix,
+                       "Failed to get current company file.");
+  RETURN_IF_FAILED(CUploadAttributeKiller(company).RemoveAttributes());
+  if (asked) {
+    // The switch removes the stamps before every request until it is turned off: say so.
+    const std::string text = std::string("Upload time attributes successfully removed.\n") +
+                             "To avoid further attribute removal,\nplease reset the value of \"" +
+                             kRemoveUploadTimesKey + "\"\nto \"0\" in the \"" + AmbitAccess::kFileName +
+                             "\" file at this time.";
+    const std::string caption = std::string(AmbitAccess::kFeatureSection) + " Warning";
+    parcelon::ShowMessageBox(text.c_str(), caption.c_str(), parcelon::host::kMessageBoxIconStop, false);
+  }
+  return S_OK;
+}
 
 HRESULT CNA_Forms::IsDataUploadDue(bool& due) {
   return IsOkayToBuildLXDataMsgsRq(doAllCustomers_ != VARIANT_FALSE, currentForm_.Get(), &due);
@@ -230,14 +256,28 @@ HRESULT CNA_Forms::IsDataUploadDue(bool& due) {
 
 HRESULT CNA_Forms::BuildDataMsgSet(XMLBuilder& builder) {
   uploadWritten_ = false;
+  // The records are stamped with the time their data was read, so that an edit made while the
+  // request is on its way is sent again next time.
+  const int64_t builtAt = parcelon::upload::CurrentUploadClock().Now();
   const DataUploadSession session{recNumMap_, forms_, forceNewCompany_ != VARIANT_FALSE,
                                   doAllCustomers_ != VARIANT_FALSE, LONG(uploadScope_)};
   RETURN_IF_FAILED(CDataUploadRequest(session).BuildLXDataMsgsRq(builder));
   uploadWritten_ = true;
+  uploadBuiltAt_ = builtAt;
   return S_OK;
 }
 
-HRESULT CNA_Forms::RecordAcceptedUpload() { return S_OK; }
+HRESULT CNA_Forms::RecordAcceptedUpload() {
+  ICompanyFilePtr company;
+  RETURN_IF_FAILED_LOG(parcelon::GetCurrentCompanyFilePtr(company), kOnSynchCompletedPrefix,
+                       "Failed to get company file ptr.");
+  // A record that cannot be stamped is logged by the writer and goes up again next time; the
+  // gateway has the upload all the same.
+  (void)CUploadAttributeWriter(company, recNumMap_, uploadBuiltAt_).UpdateUploadTimeAttributes();
+  RETURN_IF_FAILED_LOG(parcelon::upload::StoreLastClientDataUploadTime(time_t(uploadBuiltAt_ + 1)),
+                       kOnSynchCompletedPrefix, "Failed to store the client data upload time.");
+  return S_OK;
+}
 
 void CNA_Forms::StartPass() {
   // Nothing of an earlier pass's upload or its answer may count for this pass's.
@@ -313,7 +353,7 @@ HRESULT CNA_Forms::BuildXML(short indentLevel, BSTR* pXML) {
     RETURN_IF_FAILED_LOG(CurrentFormType(type), kBuildXMLPrefix,
                          "Failed to get form type for current form.");
     if (IsHostFormType(type)) {
-      LOG_IF_FAILED(DeleteUploadTimesIfAsked(), kBuildXMLPrefix,
+      LOG_IF_FAILED(PossiblyDeleteAllUploadTimeAttributes(), kBuildXMLPrefix,
                     "Failed to delete all the upload time attributes.  Continuing...");
       bool uploadDue = false;
       RETURN_IF_FAILED_LOG(IsDataUploadDue(uploadDue), kBuildXMLPrefix,

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -102,12 +103,16 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
   // Reads a string property of the current form; E_UNEXPECTED when no pass has taken a form.
   using StringGetter = HRESULT (STDMETHODCALLTYPE INA_Form7::*)(BSTR*);
   HRESULT ReadCurrentForm(StringGetter getter, Bstr& value) const;
-  HRESULT CompleteFormPass();
+  HRESULT CompleteFormPass(bool uploadAccepted);
 
   // The company data upload's steps.
-  HRESULT DeleteUploadTimesIfAsked();
+  // Removes every upload-time stamp when the switch "NetworkAdapter.RemoveUploadTimeAttrs" or
+  // ForceNewCompany asks for it; the switch also shows a warning that it is still on.
+  HRESULT PossiblyDeleteAllUploadTimeAttributes();
   HRESULT IsDataUploadDue(bool& due);
   HRESULT BuildDataMsgSet(XMLBuilder& builder);
+  // After an accepted upload: stamps the records it carried with the time it was built, and
+  // stores that time plus a second as the last client upload time.
   HRESULT RecordAcceptedUpload();
   // Forgets the upload of the pass before and whether it was accepted; every pass's request
   // building (BuildXML, BuildData) begins with it.
@@ -125,12 +130,16 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
   CAttachmentData attachment_;
   Bstr ticket_;
   Bstr authid_;
-  // Set when the response accepts this pass's data upload; cleared when the pass ends.
+  // Set when the response accepts a data upload; cleared when a pass begins and when it ends. It
+  // counts only when this pass wrote an upload (uploadWritten_).
   bool dataUploadAccepted_ = false;
   // The form pass's request, cleared and written anew by every pass in the same memory.
   std::optional<XMLBuilder> request_;
   // The records of the data upload the last BuildXML wrote, with the marks saying which were sent;
-  // uploadWritten_ tells whether that pass wrote one.
+  // uploadWritten_ tells whether this pass wrote one, uploadBuiltAt_ when (seconds since 1970).
+  // Only BuildDataMsgSet changes them, and every pass begins by clearing uploadWritten_, so the
+  // records stamped are always those of a request this pass wrote in full.
   CRecNumMap recNumMap_;
   bool uploadWritten_ = false;
+  int64_t uploadBuiltAt_ = 0;
 };

@@ -1,6 +1,11 @@
 // The company file of the reference host, its company information, profile and service
 // subscription status.
+#include <new>
+
 #include "refhost/HostObjects.h"
+#if PARCELON_HAVE_SQLITE
+#include "refhost/CompanyStore.h"
+#endif
 
 namespace parcelon::refhost {
 
@@ -72,7 +77,28 @@ class CompanyProfileObject final : public ComObject<ICompanyProfile> {
   }
 };
 
-class CompanyFileObject final : public ComObject<ICompanyFile2, ICompanyFile> {
+// Groups the store's writes (an in-memory company has nothing to group): begins them, or ends
+// them with a commit or a rollback.
+enum class Writes { kBegin, kCommit, kRollBack };
+HRESULT GroupStoreWrites(Company& company, Writes step) {
+#if PARCELON_HAVE_SQLITE
+  if (!company.store) return S_OK;
+  try {
+    const bool done = step == Writes::kBegin ? company.store->BeginWrites()
+                                             : company.store->EndWrites(step == Writes::kCommit);
+    return done ? S_OK : E_UNEXPECTED;
+  } catch (const StoreError& e) {
+    return e.Code();
+  } catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
+  }
+#else
+  (void)company, (void)step;
+  return S_OK;
+#endif
+}
+
+class CompanyFileObject final : public ComObject<ICompanyFile3, ICompanyFile2, ICompanyFile> {
  public:
   explicit CompanyFileObject(CompanyPtr company) : ComObject(std::move(company), 0) {}
 
@@ -90,6 +116,16 @@ class CompanyFileObject final : public ComObject<ICompanyFile2, ICompanyFile> {
   }
   HRESULT STDMETHODCALLTYPE GetCompanyProfile(ICompanyProfile** out) override {
     return GiveNew<CompanyProfileObject>("ICompanyFile2::GetCompanyProfile", out, companyPtr());
+  }
+  HRESULT STDMETHODCALLTYPE BeginWrites() override {
+    RETURN_IF_FAILED(Check("ICompanyFile3::BeginWrites"));
+    return GroupStoreWrites(company(), Writes::kBegin);
+  }
+  // A failure set for it is a commit that failed: the writes are rolled back.
+  HRESULT STDMETHODCALLTYPE EndWrites() override {
+    const HRESULT fault = Check("ICompanyFile3::EndWrites");
+    const HRESULT ended = GroupStoreWrites(company(), FAILED(fault) ? Writes::kRollBack : Writes::kCommit);
+    return FAILED(fault) ? fault : ended;
   }
 };
 

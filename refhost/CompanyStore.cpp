@@ -138,6 +138,20 @@ CompanyStore::CompanyStore(const std::string& path)
 
 CompanyStore::~CompanyStore() = default;
 
+bool CompanyStore::BeginWrites() {
+  if (writes_) return false;
+  writes_ = std::make_unique<sqlite::Transaction>(db_);
+  return true;
+}
+
+bool CompanyStore::EndWrites(bool commit) {
+  if (!writes_) return false;
+  // Dropped whatever the commit gives: a failed commit has rolled the writes back.
+  const std::unique_ptr<sqlite::Transaction> writes = std::move(writes_);
+  if (commit) writes->Commit();
+  return true;
+}
+
 std::shared_ptr<CompanyStore> CompanyStore::Create(const std::string& path,
                                                    std::string_view fixtureJson,
                                                    std::string_view source,

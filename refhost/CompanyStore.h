@@ -81,6 +81,13 @@ class CompanyStore final : public DataFileStore {
   void SaveRecord(ListKind list, RecNum recNum, const std::vector<StoredField>& fields,
                   const std::vector<Attribute>* attributes);
 
+  // Makes the writes until EndWrites one transaction: all of them reach the file at EndWrites,
+  // none when the process ends before it. False when writes are grouped already.
+  bool BeginWrites();
+  // Commits the writes since BeginWrites, or with `commit` false rolls them back; false when
+  // none were begun.
+  bool EndWrites(bool commit = true);
+
   // DataFileStore: the data file records of the store, locked through the lock file beside it
   // (the store's path followed by ".locks").
   bool Exists(const Text& record) override;
@@ -102,6 +109,9 @@ class CompanyStore final : public DataFileStore {
 
   sqlite::Database db_;
   RecordLocks locks_;
+  // The transaction of the writes between BeginWrites and EndWrites; each write is a savepoint
+  // inside it.
+  std::unique_ptr<sqlite::Transaction> writes_;
 };
 
 }  // namespace parcelon::refhost

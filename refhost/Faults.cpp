@@ -30,6 +30,7 @@ const NamedInterface kHostInterfaces[] = {
     PARCELON_NAMED(ICompanyProfile),
     PARCELON_NAMED(ICompanyFile),
     PARCELON_NAMED(ICompanyFile2),
+    PARCELON_NAMED(ICompanyFile3),
     PARCELON_NAMED(IAttribute),
     PARCELON_NAMED(ILongAttribute),
     PARCELON_NAMED(IAttributeContainer),
@@ -106,17 +107,35 @@ std::optional<IID> HostInterfaceByName(std::string_view name) {
   return std::nullopt;
 }
 
-bool Faults::Fail(std::string_view operation, HRESULT hr, std::optional<LONG> record) {
+namespace {
+
+// Whether `operation` names a method of a host interface ("IAddress::GetCity").
+bool IsHostOperation(std::string_view operation) {
   const size_t separator = operation.find("::");
-  if (separator == std::string_view::npos || separator + 2 == operation.size() ||
-      !HostInterfaceByName(operation.substr(0, separator)) || SUCCEEDED(hr))
-    return false;
+  return separator != std::string_view::npos && separator + 2 != operation.size() &&
+         HostInterfaceByName(operation.substr(0, separator));
+}
+
+}  // namespace
+
+bool Faults::Fail(std::string_view operation, HRESULT hr, std::optional<LONG> record) {
+  if (!IsHostOperation(operation) || SUCCEEDED(hr)) return false;
   auto found = operations_.find(operation);
   if (found == operations_.end()) found = operations_.emplace(operation, OperationFaults{}).first;
   if (record)
     found->second.byRecord[*record] = hr;
   else
     found->second.everyRecord = hr;
+  any_ = true;
+  return true;
+}
+
+bool Faults::Trap(std::string_view operation, int call, std::function<void()> action) {
+  if (!IsHostOperation(operation) || call < 1 || !action) return false;
+  auto found = operations_.find(operation);
+  if (found == operations_.end()) found = operations_.emplace(operation, OperationFaults{}).first;
+  found->second.trap = std::move(action);
+  found->second.trapCall = call;
   any_ = true;
   return true;
 }
@@ -170,6 +189,7 @@ HRESULT Faults::FindOne(std::string_view operation, LONG record) const {
   const auto found = operations_.find(operation);
   if (found == operations_.end()) return S_OK;
   OperationFaults& faults = found->second;
+  if (faults.trap && ++faults.calls == faults.trapCall) faults.trap();
   const auto forRecord = faults.byRecord.find(record);
   const HRESULT hr =
       forRecord != faults.byRecord.end() ? forRecord->second : faults.everyRecord.value_or(S_OK);

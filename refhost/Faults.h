@@ -13,6 +13,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -67,6 +68,10 @@ class Faults {
   bool MakeUnavailable(std::string_view interfaceName);
   // Makes lookups by record number in `list` behave as if `recNum` did not exist.
   void MakeAbsent(ListKind list, LONG recNum);
+  // Runs `action` when `operation` is asked for the `call`-th time (from 1, whatever the record),
+  // before the operation goes on: for tests that stop the process at a chosen point. False, and
+  // nothing set, as Fail refuses an operation.
+  bool Trap(std::string_view operation, int call, std::function<void()> action);
   // Makes the lock of the data file record `name` held by another process.
   void HoldLock(std::u16string_view dataFileRecordName);
   // Removes every fault.
@@ -93,6 +98,9 @@ class Faults {
     std::optional<HRESULT> everyRecord;
     std::unordered_map<LONG, HRESULT> byRecord;
     int triggered = 0;
+    std::function<void()> trap;
+    int trapCall = 0;
+    int calls = 0;
   };
 
   HRESULT Find(const OperationName& operation, LONG record) const;

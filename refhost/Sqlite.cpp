@@ -130,16 +130,18 @@ std::string_view Statement::Bytes(int column, size_t maxBytes) const {
   return std::string_view(bytes ? bytes : "", size);
 }
 
-Transaction::Transaction(Database& db) : db_(db) { db_.Execute("BEGIN IMMEDIATE"); }
+Transaction::Transaction(Database& db) : db_(db), nested_(!sqlite3_get_autocommit(db.Get())) {
+  db_.Execute(nested_ ? "SAVEPOINT write" : "BEGIN IMMEDIATE");
+}
 
 Transaction::~Transaction() {
   // A failed statement may have rolled the transaction back already; then there is nothing left.
-  if (!done_ && !sqlite3_get_autocommit(db_.Get()))
-    sqlite3_exec(db_.Get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  if (done_ || sqlite3_get_autocommit(db_.Get())) return;
+  sqlite3_exec(db_.Get(), nested_ ? "ROLLBACK TO write; RELEASE write" : "ROLLBACK", nullptr, nullptr, nullptr);
 }
 
 void Transaction::Commit() {
-  db_.Execute("COMMIT");
+  db_.Execute(nested_ ? "RELEASE write" : "COMMIT");
   done_ = true;
 }
 

@@ -72,7 +72,9 @@ class Statement {
 };
 
 // BEGIN IMMEDIATE on construction, ROLLBACK on destruction unless Commit() ran, so that a
-// failure half way through writes nothing.
+// failure half way through writes nothing. Inside a transaction that is open already it is a
+// savepoint of it: its failure undoes its own writes, and its commit keeps them for the outer
+// transaction to commit or not.
 class Transaction {
  public:
   explicit Transaction(Database& db);
@@ -83,6 +85,7 @@ class Transaction {
 
  private:
   Database& db_;
+  bool nested_;
   bool done_ = false;
 };
 

@@ -64,6 +64,7 @@ class Driver {
       Say(out_, "%s failed: 0x%08" PRIX32 "\n", call, uint32_t(hr));
       throw CallFailed{hr};
     }
+    if (plan_.afterCall) plan_.afterCall(pass_, call);
   }
 
   void Run() {
@@ -83,6 +84,7 @@ class Driver {
     size_t formIndex = 0;
     VARIANT_BOOL again = VARIANT_TRUE;
     for (int pass = 1; again == VARIANT_TRUE; ++pass) {
+      pass_ = pass;
       Pass(pass, attachmentPass, session.Get());
       if (attachmentPass) {
         attachmentPass = false;
@@ -265,6 +267,8 @@ class Driver {
 
   const SendSpec& plan_;
   std::string& out_;
+  // The pass under way; 0 before the first.
+  int pass_ = 0;
   int attachments_ = 0;
   int uploads_ = 0;
 };

@@ -4,6 +4,7 @@
 // document for every pass that a gateway answers with one of the aggregates the session parses.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,10 @@ struct SendSpec {
   std::vector<FormSpec> forms;
   // The status the gateway answers pass 1, 2, ... with; "0" for the passes beyond.
   std::vector<std::string> responses;
+  // Called after each adapter call that succeeded, with the pass (0 before the first) and the
+  // call's name as the transcript gives it ("BuildXML", "OnSynchCompleted"): tests stop a send
+  // at a chosen point with it.
+  std::function<void(int pass, const char* call)> afterCall;
 };
 
 // Creates an NA_Forms session through the class table (the component's and the host's classes

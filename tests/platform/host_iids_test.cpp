@@ -30,7 +30,7 @@ TEST(HostIids, AllDistinctAndNotZero) {
       HOST_IID(IQuantity), HOST_IID(IAddress), HOST_IID(IAttribute), HOST_IID(ILongAttribute),
       HOST_IID(IAttributeContainer), HOST_IID(ICompanyInfo), HOST_IID(ICompanyInfo2),
       HOST_IID(IServiceSubscriptionStatus), HOST_IID(ICompanyProfile), HOST_IID(ICompanyFile),
-      HOST_IID(ICompanyFile2), HOST_IID(IDataFilePropertyBag), HOST_IID(IDataFileRecord),
+      HOST_IID(ICompanyFile2), HOST_IID(ICompanyFile3), HOST_IID(IDataFilePropertyBag), HOST_IID(IDataFileRecord),
       HOST_IID(IDataFileRecords), HOST_IID(IListElement), HOST_IID(ITerm), HOST_IID(ITerm2),
       HOST_IID(IJobInfo), HOST_IID(IName), HOST_IID(IItem), HOST_IID(IClass), HOST_IID(ISalesRep),
       HOST_IID(IShipMethod), HOST_IID(ICustomerMessage), HOST_IID(ITerms), HOST_IID(ICustomerFilter),

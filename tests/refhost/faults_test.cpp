@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "CompanyTestSupport.h"
 
@@ -90,6 +91,21 @@ TEST(Faults, FromTheFixture) {
   EXPECT_TRUE(company->faults.IsAbsent(ListKind::Names, 3));
   EXPECT_TRUE(company->faults.IsLockHeld(u"DataUpload"));
   EXPECT_FALSE(company->faults.IsLockHeld(u"Other"));
+}
+
+// A trap runs once, at the chosen call of its operation on any record, and the call goes on.
+TEST(Faults, ATrapRunsAtTheChosenCallAndTheOperationGoesOn) {
+  const CompanyPtr company = LoadCompany(kCompany);
+  std::vector<std::string> sprung;
+  ASSERT_TRUE(company->faults.Trap("IName::GetCompanyName", 2, [&] { sprung.push_back("second call"); }));
+  EXPECT_FALSE(company->faults.Trap("INoSuchInterface::GetCompanyName", 1, [] {}));
+  EXPECT_FALSE(company->faults.Trap("IName::GetCompanyName", 0, [] {}));
+  EXPECT_EQ(S_OK, CompanyNameOf(company, 2));
+  EXPECT_TRUE(sprung.empty());
+  EXPECT_EQ(S_OK, CompanyNameOf(company, 3));
+  EXPECT_EQ(std::vector<std::string>{"second call"}, sprung);
+  EXPECT_EQ(S_OK, CompanyNameOf(company, 2));
+  EXPECT_EQ(1u, sprung.size());
 }
 
 TEST(Absent, LookupsByRecordNumberDoNotFindTheRecord) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,21 @@ ComPtr<Record> FindListRecord(const ICompanyFilePtr& company, HRESULT (STDMETHOD
   EXPECT_EQ(S_OK, list->GetItemByRecNum(forms::RecNumKey(recNum), record.ReleaseAndGetAddressOf()));
   return record;
 }
+
+#if PARCELON_HAVE_SQLITE
+// A registered reference host of the company store at `path`, its log in `logFolder`, as a
+// restart of the application opens it; null (and a failed expectation) when it cannot open.
+inline std::unique_ptr<refhost::ReferenceHost> OpenStoreHost(const std::string& path, const std::string& logFolder) {
+  HRESULT hr = S_OK;
+  std::string error;
+  std::unique_ptr<refhost::ReferenceHost> host = refhost::ReferenceHost::FromStore(path, hr, error);
+  EXPECT_TRUE(host) << error;
+  if (!host) return host;
+  host->SetLogFolder(logFolder);
+  EXPECT_EQ(S_OK, host->Register());
+  return host;
+}
+#endif
 
 class UploadTest : public FormsTest {
  protected:

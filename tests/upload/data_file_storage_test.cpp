@@ -291,12 +291,7 @@ class DataFileStoreTest : public UploadTest {
   }
   void OpenStore() {
     host_.reset();
-    HRESULT hr = S_OK;
-    std::string error;
-    host_ = refhost::ReferenceHost::FromStore(store_, hr, error);
-    ASSERT_TRUE(host_) << error;
-    host_->SetLogFolder(LogFolder());
-    ASSERT_EQ(S_OK, host_->Register());
+    host_ = OpenStoreHost(store_, LogFolder());
   }
 
   const std::string store_ = ScratchFile("company.db");
