@@ -229,8 +229,9 @@ HRESULT VariantChangeType(VARIANT* dest, const VARIANT* src, USHORT flags, VARTY
 HRESULT CLSIDFromString(LPCOLESTR text, CLSID* clsid);
 int StringFromGUID2(REFGUID guid, LPOLESTR buffer, int capacity);
 
-// The in-process class table. Classes are registered by CLSID;
-// CoCreateInstance asks the registered class object. There is no out-of-process server.
+// The in-process class table (one per process: platform/ComClassTable.cpp is a shared library).
+// Classes are registered by CLSID, class names by text; CoCreateInstance asks the registered
+// class object. There is no out-of-process server.
 #define CLSCTX_INPROC_SERVER 0x1
 #define CLSCTX_ALL 0x17
 #define REGCLS_MULTIPLEUSE 1
@@ -239,6 +240,17 @@ HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void* reserved, REFIID r
 HRESULT CoRegisterClassObject(REFCLSID clsid, IUnknown* classObject, DWORD context, DWORD flags,
                               DWORD* cookie);
 HRESULT CoRevokeClassObject(DWORD cookie);
+// The class registered under a class name (ProgID, at most 39 characters); CO_E_CLASSSTRING when
+// none is.
+HRESULT CLSIDFromProgID(LPCOLESTR progId, CLSID* clsid);
+
+namespace parcelon {
+// The adapter's stand-in for the registry's class names: RegisterProgId makes CLSIDFromProgID
+// answer `clsid` for `progId` (replacing an earlier entry); UnregisterProgId removes the entry
+// (S_FALSE when there was none).
+HRESULT RegisterProgId(LPCOLESTR progId, REFCLSID clsid);
+HRESULT UnregisterProgId(LPCOLESTR progId);
+}  // namespace parcelon
 
 #endif  // _WIN32
 
