@@ -30,7 +30,7 @@ struct LoadedModule {
   template <class Entry>
   static Entry Find(void* library, const char* name) {
 #ifdef _WIN32
-    return reinterpret_cast<Entry>(GetProcAddress(static_cast<HMODULE>(library), name));
+    return reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name)));
 #else
     return reinterpret_cast<Entry>(dlsym(library, name));
 #endif

@@ -155,7 +155,7 @@ TEST_F(ClientTest, OnlyTheTwoClassesHaveClassObjects) {
 #ifdef _WIN32
 
 // Runs `commandLine` and gives its exit code (~0u when it cannot start).
-DWORD Run(std::wstring commandLine) {
+DWORD RunProcess(std::wstring commandLine) {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process{};
@@ -215,12 +215,12 @@ std::vector<std::wstring> Registration(const std::wstring& progId, const std::ws
 }
 
 // regsvr32 in the build's own Wine prefix: exactly the classes' keys and values, with the module
-// as the server's only value; regsvr32 /u removes them and leaves CLSID.
+// as the server's only value, and the type library; regsvr32 /u removes them and leaves CLSID.
 TEST_F(ClientTest, Regsvr32WritesExactlyTheClassesKeysAndRemovesThem) {
   wchar_t modulePath[MAX_PATH];
   ASSERT_NE(0u, GetModuleFileNameW(GetModuleHandleW(L"parcelon.dll"), modulePath, MAX_PATH));
   const std::wstring quoted = L" \"" + std::wstring(modulePath) + L"\"";
-  ASSERT_EQ(0u, Run(L"regsvr32.exe /s" + quoted));
+  ASSERT_EQ(0u, RunProcess(L"regsvr32.exe /s" + quoted));
   const std::wstring libid = L"{37A2FBF3-1795-4679-94A3-A153F1A8BB54}";
   for (const auto& [name, clsid] :
        {std::pair<std::wstring, std::wstring>{L"NA_Forms", L"{37A2FC00-1795-4679-94A3-A153F1A8BB54}"},
@@ -240,14 +240,20 @@ TEST_F(ClientTest, Regsvr32WritesExactlyTheClassesKeysAndRemovesThem) {
     };
     EXPECT_EQ(expected, Registration(progId, clsid));
   }
+  std::vector<std::wstring> typeLibrary;
+  Dump(L"TypeLib\\" + libid + L"\\1.0", typeLibrary);
+  EXPECT_EQ(L"TypeLib\\" + libid + L"\\1.0 = PARCELONLib", typeLibrary.front());
 
-  ASSERT_EQ(0u, Run(L"regsvr32.exe /s /u" + quoted));
+  ASSERT_EQ(0u, RunProcess(L"regsvr32.exe /s /u" + quoted));
   for (const auto& [progId, clsid] :
        {std::pair<std::wstring, std::wstring>{L"Parcelon.NA_Forms", L"{37A2FC00-1795-4679-94A3-A153F1A8BB54}"},
         {L"Parcelon.NA_Form", L"{37A2FC02-1795-4679-94A3-A153F1A8BB54}"}}) {
     EXPECT_EQ((std::vector<std::wstring>{progId + L" (absent)", L"CLSID\\" + clsid + L" (absent)"}),
               Registration(progId, clsid));
   }
+  typeLibrary.clear();
+  Dump(L"TypeLib\\" + libid, typeLibrary);
+  EXPECT_EQ(std::vector<std::wstring>{L"TypeLib\\" + libid + L" (absent)"}, typeLibrary);
   HKEY classes = nullptr;
   ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(HKEY_CLASSES_ROOT, L"CLSID", 0, KEY_READ, &classes));
   RegCloseKey(classes);

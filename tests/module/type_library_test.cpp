@@ -10,6 +10,7 @@
 
 #include "interfaces/ParcelonInterfaces.h"
 #include "platform/Bstr.h"
+#include "platform/CodePage.h"
 #include "platform/ComPtr.h"
 #include "ModuleLoader.h"
 
@@ -117,7 +118,11 @@ std::vector<Declaration> Declarations() {
   };
 }
 
-std::string Narrow(const BSTR text) { return ToAnsi(text); }
+std::string Narrow(const BSTR text) {
+  std::string out;
+  parcelon::WideToAnsi(text, SysStringLen(text), out);
+  return out;
+}
 
 struct ComApartment {
   ComApartment() { CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED); }
