@@ -1,10 +1,25 @@
-// The class objects of NA_Forms and NA_Form, and their registration in the process's class
-// table, so that CoCreateInstance creates the component's classes in process.
+// The class objects of NA_Forms and NA_Form with their class names, and their registration in
+// the process's class table, so that CoCreateInstance creates the component's classes in process.
 #pragma once
+
+#include <span>
 
 #include "platform/ComBase.h"
 
 namespace parcelon {
+
+// One class of the component: its CLSID, class name (ProgID), description, class object and the
+// identifier of its registry script resource.
+struct ComponentClass {
+  const CLSID& clsid;
+  const OLECHAR* progId;
+  const OLECHAR* description;
+  IClassFactory* classObject;
+  int registryScript;
+};
+
+// The component's classes in the module's order: NA_Forms, NA_Form.
+std::span<const ComponentClass> ComponentClasses();
 
 // The class object of `clsid` (NA_Forms or NA_Form) as interface `riid`;
 // CLASS_E_CLASSNOTAVAILABLE for any other class.

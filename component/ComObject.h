@@ -1,28 +1,65 @@
-// The common frame of the component's COM objects: creation through an interface, IDispatch for
-// the dual interfaces, property accessors, and the class object of each class (the reference
-// count and interface matching are platform/RefCounted.h's).
+// The common frame of the component's COM objects: the object alone or aggregated, creation
+// through an interface, IDispatch for the dual interfaces, property accessors, and the class
+// object of each class.
 #pragma once
 
 #include <new>
 
 #include "diagnostics/LogIfFailed.h"
+#include "platform/RefCounted.h"
 #include "platform/Bstr.h"
 #include "platform/ComBase.h"
 #include "platform/Dispatch.h"
-#include "platform/RefCounted.h"
 
 namespace parcelon {
 
-// The IDispatch part of a dual interface. There is no type information yet, so automation by name
-// is not offered; callers use the interface's own slots.
+#ifdef _WIN32
+// The type information of interface `iid` from the type library in the module that holds this
+// code (the component's DLL); null when that module has none, as a test executable that links the
+// component's library. The caller owns the reference.
+ITypeInfo* TypeInfoOf(REFIID iid);
+#endif
+
+// The IDispatch part of a dual interface. On Windows it is served from the type library:
+// names through DispGetIDsOfNames, calls through ITypeInfo::Invoke (DispInvoke) on the
+// interface's own slots. Elsewhere there is no type information and automation by name answers
+// E_NOTIMPL; callers use the interface's slots.
 template <class Interface>
 class CDispatchStub : public Interface {
  public:
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
     if (!count) return E_POINTER;
-    *count = 0;
+    *count = DispatchInfo() ? 1 : 0;
     return S_OK;
   }
+#ifdef _WIN32
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** typeInfo) override {
+    if (!typeInfo) return E_POINTER;
+    *typeInfo = nullptr;
+    ITypeInfo* info = DispatchInfo();
+    if (!info) return E_NOTIMPL;
+    if (index != 0) return DISP_E_BADINDEX;
+    info->AddRef();
+    *typeInfo = info;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID,
+                                          DISPID* dispIds) override {
+    if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+    ITypeInfo* info = DispatchInfo();
+    if (!info) return E_NOTIMPL;
+    return DispGetIDsOfNames(info, names, count, dispIds);
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID riid, LCID, WORD flags,
+                                   DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception,
+                                   UINT* argumentError) override {
+    if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+    ITypeInfo* info = VtableInfo();
+    if (!info) return E_NOTIMPL;
+    return DispInvoke(static_cast<Interface*>(this), info, member, flags, params, result,
+                      exception, argumentError);
+  }
+#else
   HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** typeInfo) override {
     if (typeInfo) *typeInfo = nullptr;
     return E_NOTIMPL;
@@ -34,6 +71,30 @@ class CDispatchStub : public Interface {
                                    UINT*) override {
     return E_NOTIMPL;
   }
+#endif
+
+ private:
+#ifdef _WIN32
+  // Loaded once per interface and kept for the life of the module.
+  static ITypeInfo* DispatchInfo() {
+    static ITypeInfo* const info = TypeInfoOf(IidOf<Interface>());
+    return info;
+  }
+  // The vtable half of the dual interface, which ITypeInfo::Invoke calls through.
+  static ITypeInfo* VtableInfo() {
+    static ITypeInfo* const info = [] {
+      ITypeInfo* dispatch = DispatchInfo();
+      ITypeInfo* vtable = nullptr;
+      HREFTYPE ref = 0;
+      if (dispatch && SUCCEEDED(dispatch->GetRefTypeOfImplType(UINT(-1), &ref)))
+        dispatch->GetRefTypeInfo(ref, &vtable);
+      return vtable;
+    }();
+    return info;
+  }
+#else
+  static ITypeInfo* DispatchInfo() { return nullptr; }
+#endif
 };
 
 // A new BSTR of `text` in `*out`; E_OUTOFMEMORY when it cannot allocate.
@@ -74,21 +135,114 @@ HRESULT WriteProperty(T& field, T value) {
   return S_OK;
 }
 
-// Creates a T and returns its interface `riid`; the object goes away again when it has no such
-// interface.
+// The module's count of live objects and of class object locks (component/Module.cpp): the
+// module can be unloaded when both are zero.
+void ModuleObjectCreated();
+void ModuleObjectDestroyed();
+HRESULT ModuleLockServer(bool lock);
+
+// One live object of the module for the lifetime of this member.
+class ModuleObjectCount {
+ public:
+  ModuleObjectCount() { ModuleObjectCreated(); }
+  ~ModuleObjectCount() { ModuleObjectDestroyed(); }
+  ModuleObjectCount(const ModuleObjectCount&) = delete;
+  ModuleObjectCount& operator=(const ModuleObjectCount&) = delete;
+};
+
+// The COM object of a class T as created without an outer object. T implements its interfaces
+// and answers `void* FindInterface(REFIID)` (the interface, not yet counted, or null; the primary
+// interface for IUnknown); the reference count and IUnknown are this object's.
 template <class T>
-HRESULT CreateComObject(REFIID riid, void** ppv) {
+class CComObject final : public T, private CRefCounted<CComObject<T>> {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
+    if (!ppv) return E_POINTER;
+    *ppv = T::FindInterface(riid);
+    if (!*ppv) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return this->AddRefImpl(); }
+  ULONG STDMETHODCALLTYPE Release() override { return this->ReleaseImpl(); }
+
+ private:
+  friend class CRefCounted<CComObject<T>>;
+  ModuleObjectCount counted_;
+};
+
+// T inside an aggregate: every IUnknown call on T's interfaces goes to the outer object.
+template <class T>
+class CContainedObject final : public T {
+ public:
+  explicit CContainedObject(IUnknown* outer) : outer_(outer) {}
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
+    return outer_->QueryInterface(riid, ppv);
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return outer_->AddRef(); }
+  ULONG STDMETHODCALLTYPE Release() override { return outer_->Release(); }
+
+ private:
+  IUnknown* outer_;  // not counted: the outer object owns this one
+};
+
+// The inner unknown of T created inside an outer object: it alone counts the aggregate's
+// references to T, answers IUnknown as itself and T's interfaces as the contained object's.
+template <class T>
+class CAggregatedObject final : public IUnknown, private CRefCounted<CAggregatedObject<T>> {
+ public:
+  explicit CAggregatedObject(IUnknown* outer) : contained_(outer) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
+    if (!ppv) return E_POINTER;
+    if (riid == IidOf<IUnknown>()) {
+      *ppv = static_cast<IUnknown*>(this);
+      AddRef();
+      return S_OK;
+    }
+    *ppv = contained_.FindInterface(riid);
+    if (!*ppv) return E_NOINTERFACE;
+    contained_.AddRef();  // the outer object's count, as for any interface it hands out
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return this->AddRefImpl(); }
+  ULONG STDMETHODCALLTYPE Release() override { return this->ReleaseImpl(); }
+
+ private:
+  friend class CRefCounted<CAggregatedObject<T>>;
+  ModuleObjectCount counted_;
+  CContainedObject<T> contained_;
+};
+
+// Creates a T and returns its interface `riid`; the object goes away again when it has no such
+// interface. With an outer object the caller must ask for IUnknown and gets the inner unknown
+// (CLASS_E_NOAGGREGATION otherwise, as COM requires).
+template <class T>
+HRESULT CreateComObject(IUnknown* outer, REFIID riid, void** ppv) {
   if (!ppv) return E_POINTER;
   *ppv = nullptr;
-  T* object = new (std::nothrow) T();
+  if (outer) {
+    if (riid != IidOf<IUnknown>()) return CLASS_E_NOAGGREGATION;
+    auto* inner = new (std::nothrow) CAggregatedObject<T>(outer);
+    if (!inner) return E_OUTOFMEMORY;
+    inner->AddRef();
+    *ppv = static_cast<IUnknown*>(inner);
+    return S_OK;
+  }
+  auto* object = new (std::nothrow) CComObject<T>();
   if (!object) return E_OUTOFMEMORY;
   object->AddRef();
   const HRESULT hr = object->QueryInterface(riid, ppv);
   object->Release();
   return hr;
 }
+template <class T>
+HRESULT CreateComObject(REFIID riid, void** ppv) {
+  return CreateComObject<T>(nullptr, riid, ppv);
+}
 
-// The class object of T: a process-lifetime object that creates T without aggregation.
+// The class object of T: a module-lifetime object (its references are not counted) that creates
+// T, alone or inside an outer object; LockServer keeps the module loaded.
 template <class T>
 class CClassFactory final : public IClassFactory {
  public:
@@ -100,12 +254,9 @@ class CClassFactory final : public IClassFactory {
   ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
   ULONG STDMETHODCALLTYPE Release() override { return 1; }
   HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override {
-    if (!ppv) return E_POINTER;
-    *ppv = nullptr;
-    if (outer) return CLASS_E_NOAGGREGATION;
-    return CreateComObject<T>(riid, ppv);
+    return CreateComObject<T>(outer, riid, ppv);
   }
-  HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override { return ModuleLockServer(lock != FALSE); }
 };
 
 }  // namespace parcelon

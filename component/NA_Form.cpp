@@ -19,16 +19,11 @@ Bstr ToBstr(const OleString& text) {
 
 }  // namespace
 
-HRESULT CNA_Form::QueryInterface(REFIID riid, void** ppv) {
-  if (!ppv) return E_POINTER;
+void* CNA_Form::FindInterface(REFIID riid) {
   if (parcelon::IsOneOf<IUnknown, IDispatch, INA_Form, INA_Form2, INA_Form3, INA_Form4, INA_Form5,
-                        INA_Form6, INA_Form7>(riid)) {
-    *ppv = static_cast<INA_Form7*>(this);
-    AddRef();
-    return S_OK;
-  }
-  *ppv = nullptr;
-  return E_NOINTERFACE;
+                        INA_Form6, INA_Form7>(riid))
+    return static_cast<INA_Form7*>(this);
+  return nullptr;
 }
 
 HRESULT CNA_Form::BuildXML(short indentLevel, BSTR* pXML) {

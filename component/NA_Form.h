@@ -12,20 +12,19 @@
 #include "forms/StatementForm.h"
 #include "platform/Bstr.h"
 
-class CNA_Form final : public parcelon::CDispatchStub<INA_Form7>,
-                       private parcelon::CRefCounted<CNA_Form> {
+// Created as parcelon::CComObject<CNA_Form> or inside an aggregate (component/ComObject.h),
+// which supply IUnknown.
+class CNA_Form : public parcelon::CDispatchStub<INA_Form7> {
  public:
   static HRESULT CreateInstance(REFIID riid, void** ppv) {
     return parcelon::CreateComObject<CNA_Form>(riid, ppv);
   }
 
+  // The interface `riid` of this object, not yet counted; null when it has none.
+  void* FindInterface(REFIID riid);
+
   // The statement lines in the order they were put.
   const std::vector<StatementTxnItemView>& StatementLines() const { return statementLines_; }
-
-  // IUnknown
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override;
-  ULONG STDMETHODCALLTYPE AddRef() override { return AddRefImpl(); }
-  ULONG STDMETHODCALLTYPE Release() override { return ReleaseImpl(); }
 
   // INA_Form
   PARCELON_PROPERTY(BSTR, To, to_)
@@ -109,11 +108,11 @@ class CNA_Form final : public parcelon::CDispatchStub<INA_Form7>,
   HRESULT STDMETHODCALLTYPE AddAttachmentFile(BSTR newValue) override;
   HRESULT STDMETHODCALLTYPE ClearAttachmentFileList() override;
 
- private:
-  friend class parcelon::CRefCounted<CNA_Form>;
-  template <class T>
-  friend HRESULT parcelon::CreateComObject(REFIID, void**);
+ protected:
+  CNA_Form() = default;
+  ~CNA_Form() = default;
 
+ private:
   struct PaperMailAddress {
     Bstr attention;
     Bstr addresseeName;
@@ -124,9 +123,6 @@ class CNA_Form final : public parcelon::CDispatchStub<INA_Form7>,
     Bstr postalCode;
     Bstr country;
   };
-
-  CNA_Form() = default;
-  ~CNA_Form() = default;
 
   // The form's own attachment when both its path and its file name are set: the path made to
   // end with "\" (written back) and the file name. False when either is empty.

@@ -98,18 +98,12 @@ HRESULT ReturnText(const OleString& text, BSTR* out) {
 
 // ---- IUnknown -------------------------------------------------------------------------------
 
-HRESULT CNA_Forms::QueryInterface(REFIID riid, void** ppv) {
-  if (!ppv) return E_POINTER;
-  if (parcelon::IsOneOf<IUnknown, IDispatch, INA_Forms, INA_Forms2>(riid)) {
-    *ppv = static_cast<INA_Forms2*>(this);
-  } else if (parcelon::IsOneOf<INA_Base, INA_Base2, INA_Base3, INA_Base4, INA_Base5>(riid)) {
-    *ppv = static_cast<INA_Base5*>(this);
-  } else {
-    *ppv = nullptr;
-    return E_NOINTERFACE;
-  }
-  AddRef();
-  return S_OK;
+void* CNA_Forms::FindInterface(REFIID riid) {
+  if (parcelon::IsOneOf<IUnknown, IDispatch, INA_Forms, INA_Forms2>(riid))
+    return static_cast<INA_Forms2*>(this);
+  if (parcelon::IsOneOf<INA_Base, INA_Base2, INA_Base3, INA_Base4, INA_Base5>(riid))
+    return static_cast<INA_Base5*>(this);
+  return nullptr;
 }
 
 // ---- INA_Forms, INA_Forms2 ------------------------------------------------------------------

@@ -19,9 +19,9 @@
 #include "platform/Bstr.h"
 #include "upload/RecNumMap.h"
 
-class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
-                        public INA_Base5,
-                        private parcelon::CRefCounted<CNA_Forms> {
+// The object is created as parcelon::CComObject<CNA_Forms> (alone) or inside an aggregate
+// (component/ComObject.h), which supply IUnknown.
+class CNA_Forms : public parcelon::CDispatchStub<INA_Forms2>, public INA_Base5 {
  public:
   // The send states. A new session is in kNotStarted until Initialize.
   enum SendState : LONG {
@@ -38,12 +38,10 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
     return parcelon::CreateComObject<CNA_Forms>(riid, ppv);
   }
 
-  SendState State() const { return state_; }
+  // The interface `riid` of this object, not yet counted; null when it has none.
+  void* FindInterface(REFIID riid);
 
-  // IUnknown
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override;
-  ULONG STDMETHODCALLTYPE AddRef() override { return AddRefImpl(); }
-  ULONG STDMETHODCALLTYPE Release() override { return ReleaseImpl(); }
+  SendState State() const { return state_; }
 
   // INA_Forms, INA_Forms2
   HRESULT STDMETHODCALLTYPE AddForm(INA_Form** pForm) override;
@@ -88,14 +86,11 @@ class CNA_Forms final : public parcelon::CDispatchStub<INA_Forms2>,
                                           BSTR* pCCEmailAddress, BSTR* pBCCEmailAddress,
                                           BSTR* pAttachedFiles) override;
 
- private:
-  friend class parcelon::CRefCounted<CNA_Forms>;
-  template <class T>
-  friend HRESULT parcelon::CreateComObject(REFIID, void**);
-
+ protected:
   CNA_Forms() = default;
   ~CNA_Forms() = default;
 
+ private:
   // The current form's type and send method. Without a current form they read as a form that
   // leaves them unset: an invoice, sent by no method.
   HRESULT CurrentFormType(NAFormType& type) const;

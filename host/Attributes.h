@@ -33,9 +33,9 @@ struct IAttributeContainer : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE RemoveAttribute(IAttribute* attribute) = 0;
 };
 
-PARCELON_DECLARE_IID(IAttribute, 0xD70CA1D3, 0xBA9A, 0x4D7A, 0xAC, 0xF5, 0x56, 0x2C, 0x3C, 0x49, 0xED, 0xE4)
-PARCELON_DECLARE_IID(ILongAttribute, 0x396EA107, 0xAEBB, 0x4CBC, 0xB3, 0xE7, 0x29, 0x05, 0x6C, 0x79, 0x09, 0xF1)
-PARCELON_DECLARE_IID(IAttributeContainer, 0x4C8E9335, 0xDF70, 0x46D6, 0xA2, 0xE7, 0xB7, 0x64, 0xE1, 0x33, 0x6B, 0xDF)
+PARCELON_DECLARE_IID(IAttribute, "D70CA1D3-BA9A-4D7A-ACF5-562C3C49EDE4")
+PARCELON_DECLARE_IID(ILongAttribute, "396EA107-AEBB-4CBC-B3E7-29056C7909F1")
+PARCELON_DECLARE_IID(IAttributeContainer, "4C8E9335-DF70-46D6-A2E7-B764E1336BDF")
 
 using IAttributePtr = ComPtr<IAttribute>;
 using ILongAttributePtr = ComPtr<ILongAttribute>;

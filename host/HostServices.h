@@ -35,10 +35,10 @@ struct IFileRedirectionService : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE Remove(BSTR path) = 0;
 };
 
-PARCELON_DECLARE_IID(IFolderLocator, 0xBC9AD26E, 0xB285, 0x4BC2, 0xB0, 0xAE, 0x5D, 0x8F, 0x50, 0xA5, 0xF3, 0x6F)
-PARCELON_DECLARE_IID(IFolderService, 0x1188739A, 0x7DB8, 0x473E, 0x88, 0xFB, 0x13, 0xDB, 0x83, 0xA2, 0xAE, 0x33)
-PARCELON_DECLARE_IID(IMessageBoxService, 0x00617CE1, 0x256E, 0x4689, 0x97, 0x11, 0xB8, 0x33, 0x79, 0x93, 0xD4, 0x7A)
-PARCELON_DECLARE_IID(IFileRedirectionService, 0xD14CDC84, 0xDF41, 0x4B38, 0xBB, 0xD6, 0x33, 0x30, 0x21, 0xA7, 0x2D, 0xEE)
+PARCELON_DECLARE_IID(IFolderLocator, "BC9AD26E-B285-4BC2-B0AE-5D8F50A5F36F")
+PARCELON_DECLARE_IID(IFolderService, "1188739A-7DB8-473E-88FB-13DB83A2AE33")
+PARCELON_DECLARE_IID(IMessageBoxService, "00617CE1-256E-4689-9711-B8337993D47A")
+PARCELON_DECLARE_IID(IFileRedirectionService, "D14CDC84-DF41-4B38-BBD6-333021A72DEE")
 
 using IFolderLocatorPtr = ComPtr<IFolderLocator>;
 using IFolderServicePtr = ComPtr<IFolderService>;
@@ -48,12 +48,9 @@ using IFileRedirectionServicePtr = ComPtr<IFileRedirectionService>;
 namespace parcelon::host {
 
 // The classes the host registers, each created in process with CoCreateInstance.
-inline constexpr CLSID CLSID_FolderService = {
-    0xD0AD6423, 0x2DF8, 0x4D50, {0x9A, 0x1F, 0x80, 0x9E, 0xF7, 0xA8, 0xDC, 0x50}};
-inline constexpr CLSID CLSID_MessageBoxService = {
-    0x8DD2F611, 0x435E, 0x47EF, {0x95, 0xC5, 0x2D, 0x83, 0xA8, 0x97, 0x8C, 0x07}};
-inline constexpr CLSID CLSID_FileRedirectionService = {
-    0xB291F57E, 0xF141, 0x4503, {0xAE, 0x18, 0x98, 0x2A, 0x61, 0xDB, 0x49, 0x00}};
+inline constexpr CLSID CLSID_FolderService = parcelon::GuidFromText("D0AD6423-2DF8-4D50-9A1F-809EF7A8DC50");
+inline constexpr CLSID CLSID_MessageBoxService = parcelon::GuidFromText("8DD2F611-435E-47EF-95C5-2D83A8978C07");
+inline constexpr CLSID CLSID_FileRedirectionService = parcelon::GuidFromText("B291F57E-F141-4503-AE18-982A61DB4900");
 
 // Folder kinds of IFolderLocator::GetFolder.
 inline constexpr LONG kFolderKindLogs = 2;

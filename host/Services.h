@@ -58,12 +58,12 @@ struct IAmbitAccess : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE GetURLAddress(BSTR key, BSTR* url) = 0;
 };
 
-PARCELON_DECLARE_IID(IAddInGoodies, 0xE14CC647, 0x0688, 0x4482, 0xAA, 0x93, 0x0B, 0x31, 0xE1, 0xF1, 0xB8, 0x4E)
-PARCELON_DECLARE_IID(ILXApplication, 0x7688E00D, 0xADC9, 0x483C, 0x84, 0xAB, 0x35, 0x1A, 0xF2, 0x29, 0x4F, 0x50)
-PARCELON_DECLARE_IID(INAAuthTool, 0x4DA1EB7A, 0x2254, 0x4667, 0xA5, 0x0A, 0xDC, 0xCC, 0xD9, 0x2E, 0xC5, 0x82)
-PARCELON_DECLARE_IID(ILXInbox, 0x4C751BFC, 0x5AA3, 0x49F8, 0xB3, 0x9D, 0x8D, 0x6A, 0x05, 0xA1, 0x95, 0x5D)
-PARCELON_DECLARE_IID(IBase64Coder, 0x2650E30E, 0x277A, 0x49E0, 0x9B, 0x28, 0xE1, 0x2B, 0x16, 0xCA, 0xEC, 0xD5)
-PARCELON_DECLARE_IID(IAmbitAccess, 0x2BA1CC92, 0xC4A7, 0x49E2, 0xB8, 0xF7, 0xDA, 0x20, 0x3B, 0x93, 0x3B, 0x36)
+PARCELON_DECLARE_IID(IAddInGoodies, "E14CC647-0688-4482-AA93-0B31E1F1B84E")
+PARCELON_DECLARE_IID(ILXApplication, "7688E00D-ADC9-483C-84AB-351AF2294F50")
+PARCELON_DECLARE_IID(INAAuthTool, "4DA1EB7A-2254-4667-A50A-DCCCD92EC582")
+PARCELON_DECLARE_IID(ILXInbox, "4C751BFC-5AA3-49F8-B39D-8D6A05A1955D")
+PARCELON_DECLARE_IID(IBase64Coder, "2650E30E-277A-49E0-9B28-E12B16CAECD5")
+PARCELON_DECLARE_IID(IAmbitAccess, "2BA1CC92-C4A7-49E2-B8F7-DA203B933B36")
 
 using IAddInGoodiesPtr = ComPtr<IAddInGoodies>;
 using ILXApplicationPtr = ComPtr<ILXApplication>;
@@ -75,19 +75,14 @@ using IAmbitAccessPtr = ComPtr<IAmbitAccess>;
 namespace parcelon::host {
 
 // The host's add-in class: its objects are the host application (ILXApplication).
-inline constexpr CLSID CLSID_LXAddIn = {
-    0x6915CD3B, 0xC996, 0x4A07, {0xB8, 0xDF, 0x5C, 0xEC, 0xB6, 0x8D, 0xCB, 0xAA}};
+inline constexpr CLSID CLSID_LXAddIn = parcelon::GuidFromText("6915CD3B-C996-4A07-B8DF-5CECB68DCBAA");
 // The authentication tool (INAAuthTool).
-inline constexpr CLSID CLSID_NAAuthTool = {
-    0x550E1AB5, 0x5162, 0x498D, {0x82, 0xE3, 0x41, 0x9B, 0x69, 0xD2, 0xE3, 0x1E}};
+inline constexpr CLSID CLSID_NAAuthTool = parcelon::GuidFromText("550E1AB5-5162-498D-82E3-419B69D2E31E");
 // The inbox store (ILXInbox).
-inline constexpr CLSID CLSID_LXInbox = {
-    0x4844F3F7, 0x2161, 0x4AC4, {0xB2, 0x19, 0xB3, 0xB4, 0x31, 0x17, 0x82, 0xAA}};
+inline constexpr CLSID CLSID_LXInbox = parcelon::GuidFromText("4844F3F7-2161-4AC4-B219-B3B4311782AA");
 // The base64 coder (IBase64Coder).
-inline constexpr CLSID CLSID_Base64Coder = {
-    0x6623996E, 0xB972, 0x4D72, {0x8E, 0xAB, 0xD3, 0xB3, 0xB1, 0xF7, 0xB4, 0xDA}};
+inline constexpr CLSID CLSID_Base64Coder = parcelon::GuidFromText("6623996E-B972-4D72-8EAB-D3B3B1F7B4DA");
 // The feature settings (IAmbitAccess).
-inline constexpr CLSID CLSID_AmbitAccess = {
-    0x371050FB, 0x6A0F, 0x472B, {0xA7, 0xDF, 0xE4, 0x2A, 0x45, 0x1C, 0xC3, 0xFD}};
+inline constexpr CLSID CLSID_AmbitAccess = parcelon::GuidFromText("371050FB-6A0F-472B-A7DF-E42A451CC3FD");
 
 }  // namespace parcelon::host

@@ -229,8 +229,9 @@ HRESULT VariantChangeType(VARIANT* dest, const VARIANT* src, USHORT flags, VARTY
 HRESULT CLSIDFromString(LPCOLESTR text, CLSID* clsid);
 int StringFromGUID2(REFGUID guid, LPOLESTR buffer, int capacity);
 
-// The in-process class table. Classes are registered by CLSID;
-// CoCreateInstance asks the registered class object. There is no out-of-process server.
+// The in-process class table (one per process: platform/ComClassTable.cpp is a shared library).
+// Classes are registered by CLSID, class names by text; CoCreateInstance asks the registered
+// class object. There is no out-of-process server.
 #define CLSCTX_INPROC_SERVER 0x1
 #define CLSCTX_ALL 0x17
 #define REGCLS_MULTIPLEUSE 1
@@ -239,6 +240,17 @@ HRESULT CoGetClassObject(REFCLSID clsid, DWORD context, void* reserved, REFIID r
 HRESULT CoRegisterClassObject(REFCLSID clsid, IUnknown* classObject, DWORD context, DWORD flags,
                               DWORD* cookie);
 HRESULT CoRevokeClassObject(DWORD cookie);
+// The class registered under a class name (ProgID, at most 39 characters); CO_E_CLASSSTRING when
+// none is.
+HRESULT CLSIDFromProgID(LPCOLESTR progId, CLSID* clsid);
+
+namespace parcelon {
+// The adapter's stand-in for the registry's class names: RegisterProgId makes CLSIDFromProgID
+// answer `clsid` for `progId` (replacing an earlier entry); UnregisterProgId removes the entry
+// (S_FALSE when there was none).
+HRESULT RegisterProgId(LPCOLESTR progId, REFCLSID clsid);
+HRESULT UnregisterProgId(LPCOLESTR progId);
+}  // namespace parcelon
 
 #endif  // _WIN32
 
@@ -251,14 +263,62 @@ constexpr const IID& IidOf() {
   return InterfaceId<T>::value;
 }
 
-#define PARCELON_DECLARE_IID(Interface, d1, d2, d3, b0, b1, b2, b3, b4, b5, b6, b7) \
-  template <>                                                                      \
-  struct InterfaceId<Interface> {                                                  \
-    static constexpr IID value = {d1, d2, d3, {b0, b1, b2, b3, b4, b5, b6, b7}};   \
+namespace parcelon {
+
+// Compile-time reading of a GUID's published text "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX" (braces
+// optional, hex digits of either case). Every identifier the code names is written in that form,
+// so that it can be compared with its publication by eye; a malformed text fails to compile.
+namespace guid_text {
+// Not constant expressions: reaching one while reading a text at compile time stops the build
+// with the function's name in the diagnostic.
+void NotAHexDigit();
+void MisplacedDashOrBrace();
+
+consteval unsigned HexDigit(char c) {
+  if (c >= '0' && c <= '9') return unsigned(c - '0');
+  if (c >= 'a' && c <= 'f') return unsigned(c - 'a' + 10);
+  if (c >= 'A' && c <= 'F') return unsigned(c - 'A' + 10);
+  NotAHexDigit();
+  return 0;
+}
+consteval uint64_t Hex(const char* text, int digits) {
+  uint64_t value = 0;
+  for (int i = 0; i < digits; ++i) value = value << 4 | HexDigit(text[i]);
+  return value;
+}
+}  // namespace guid_text
+
+template <size_t N>
+consteval GUID GuidFromText(const char (&text)[N]) {
+  static_assert(N == 37 || N == 39, "a GUID text has 36 characters, 38 with braces");
+  const char* p = text;
+  if constexpr (N == 39) {
+    if (text[0] != '{' || text[37] != '}') guid_text::MisplacedDashOrBrace();
+    ++p;
+  }
+  if (p[8] != '-' || p[13] != '-' || p[18] != '-' || p[23] != '-')
+    guid_text::MisplacedDashOrBrace();
+  GUID guid{};
+  guid.Data1 = uint32_t(guid_text::Hex(p, 8));
+  guid.Data2 = uint16_t(guid_text::Hex(p + 9, 4));
+  guid.Data3 = uint16_t(guid_text::Hex(p + 14, 4));
+  guid.Data4[0] = uint8_t(guid_text::Hex(p + 19, 2));
+  guid.Data4[1] = uint8_t(guid_text::Hex(p + 21, 2));
+  for (int i = 0; i < 6; ++i) guid.Data4[2 + i] = uint8_t(guid_text::Hex(p + 24 + 2 * i, 2));
+  return guid;
+}
+
+}  // namespace parcelon
+
+// Declares the IID of `Interface` from its text: PARCELON_DECLARE_IID(IFoo, "XXXXXXXX-...").
+#define PARCELON_DECLARE_IID(Interface, text)                                         \
+  template <>                                                                         \
+  struct InterfaceId<Interface> {                                                     \
+    static constexpr IID value = parcelon::GuidFromText(text);                        \
   };
 
-PARCELON_DECLARE_IID(IUnknown, 0x00000000, 0x0000, 0x0000, 0xC0, 0, 0, 0, 0, 0, 0, 0x46)
-PARCELON_DECLARE_IID(IClassFactory, 0x00000001, 0x0000, 0x0000, 0xC0, 0, 0, 0, 0, 0, 0, 0x46)
+PARCELON_DECLARE_IID(IUnknown, "00000000-0000-0000-C000-000000000046")
+PARCELON_DECLARE_IID(IClassFactory, "00000001-0000-0000-C000-000000000046")
 
 namespace parcelon {
 

@@ -55,4 +55,4 @@ struct IDispatch : IUnknown {
 
 #endif  // !_WIN32
 
-PARCELON_DECLARE_IID(IDispatch, 0x00020400, 0x0000, 0x0000, 0xC0, 0, 0, 0, 0, 0, 0, 0x46)
+PARCELON_DECLARE_IID(IDispatch, "00020400-0000-0000-C000-000000000046")

@@ -1,11 +1,12 @@
 // The component's COM objects: the interfaces each class answers for, object identity, reference
-// counting and the class objects.
+// counting, aggregation, the class objects and the module's count.
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "ComponentTest.h"
+#include "component/Module.h"
 #include "component/NA_Form.h"
 
 namespace parcelon::test {
@@ -150,19 +151,126 @@ TEST_F(ObjectsTest, RemoveAllFormsGivesUpTheSessionsReferences) {
   EXPECT_EQ(E_UNEXPECTED, base_->Initialize());
 }
 
-TEST_F(ObjectsTest, ClassObjectsRefuseAggregation) {
+// An outer object that aggregates one of the component's classes: it answers IOuterOnly (here
+// IClassFactory, which neither class has) itself and hands every other query to the inner unknown.
+class Outer final : public IUnknown {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
+    if (!ppv) return E_POINTER;
+    if (riid == IidOf<IUnknown>() || riid == IidOf<IClassFactory>()) {
+      *ppv = static_cast<IUnknown*>(this);
+      AddRef();
+      return S_OK;
+    }
+    ++delegatedQueries;
+    return inner ? inner->QueryInterface(riid, ppv) : (*ppv = nullptr, E_NOINTERFACE);
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++refs; }
+  ULONG STDMETHODCALLTYPE Release() override { return --refs; }
+
+  ULONG refs = 1;
+  int delegatedQueries = 0;
+  IUnknown* inner = nullptr;
+};
+
+// Inside an outer object: queries on the class's interfaces lead back to the outer IUnknown and
+// count on the outer object; the inner unknown alone keeps the object, and the module, alive.
+TEST_F(ObjectsTest, ClassesLiveInsideAnOuterObject) {
+  const struct {
+    const CLSID& clsid;
+    Answer some;
+  } cases[] = {{CLSID_NA_Forms, {"INA_Base5", IidOf<INA_Base5>()}},
+               {CLSID_NA_Form, {"INA_Form7", IidOf<INA_Form7>()}}};
+  session_.Reset();
+  base_.Reset();
+  ASSERT_EQ(S_OK, CanUnloadModule());
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.some.name);
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(S_OK, GetClassObject(c.clsid, IidOf<IClassFactory>(), factory.ReleaseAndGetVoidAddress()));
+    Outer outer;
+    ASSERT_EQ(S_OK, factory->CreateInstance(&outer, IidOf<IUnknown>(),
+                                            reinterpret_cast<void**>(&outer.inner)));
+    EXPECT_EQ(1u, outer.refs) << "creating takes no reference to the outer object";
+    EXPECT_EQ(1, ModuleLiveObjects());
+
+    IUnknown* some = nullptr;
+    ASSERT_EQ(S_OK, outer.QueryInterface(c.some.iid, reinterpret_cast<void**>(&some)));
+    EXPECT_EQ(2u, outer.refs);
+    IUnknown* identity = nullptr;
+    ASSERT_EQ(S_OK, some->QueryInterface(IidOf<IUnknown>(), reinterpret_cast<void**>(&identity)));
+    EXPECT_EQ(static_cast<IUnknown*>(&outer), identity);
+    void* outerOnly = nullptr;
+    EXPECT_EQ(S_OK, some->QueryInterface(IidOf<IClassFactory>(), &outerOnly))
+        << "the inner object's interfaces answer for the outer one's";
+    EXPECT_EQ(1, outer.delegatedQueries) << "only the query for the inner interface went inside";
+    EXPECT_EQ(4u, outer.refs);
+    identity->Release();
+    static_cast<IUnknown*>(outerOnly)->Release();
+    EXPECT_EQ(3u, some->AddRef()) << "AddRef on an inner interface counts on the outer object";
+    some->Release();
+    some->Release();
+    EXPECT_EQ(1u, outer.refs);
+
+    // The inner unknown is an object of its own, not the outer one and not the interface.
+    IUnknown* innerIdentity = nullptr;
+    ASSERT_EQ(S_OK, outer.inner->QueryInterface(IidOf<IUnknown>(), reinterpret_cast<void**>(&innerIdentity)));
+    EXPECT_EQ(outer.inner, innerIdentity);
+    EXPECT_EQ(1u, innerIdentity->Release());
+    EXPECT_EQ(S_FALSE, CanUnloadModule());
+    EXPECT_EQ(0u, outer.inner->Release());
+    EXPECT_EQ(S_OK, CanUnloadModule());
+  }
+}
+
+// COM's rules for creation inside an outer object: it must ask for IUnknown.
+TEST_F(ObjectsTest, AnOuterObjectMustAskForIUnknown) {
   for (const CLSID& clsid : {CLSID_NA_Forms, CLSID_NA_Form}) {
     ComPtr<IClassFactory> factory;
     ASSERT_EQ(S_OK,
               GetClassObject(clsid, IidOf<IClassFactory>(), factory.ReleaseAndGetVoidAddress()));
-    ComPtr<IUnknown> outer = Create(CLSID_NA_Form);
+    Outer outer;
+    for (const IID& iid : {IidOf<IDispatch>(), IidOf<INA_Forms>(), IidOf<INA_Form>()}) {
+      void* object = &object;
+      EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(&outer, iid, &object));
+      EXPECT_EQ(nullptr, object);
+    }
     void* object = &object;
-    EXPECT_EQ(CLASS_E_NOAGGREGATION,
-              factory->CreateInstance(outer.Get(), IidOf<IUnknown>(), &object));
-    EXPECT_EQ(nullptr, object);
     EXPECT_EQ(E_NOINTERFACE, factory->CreateInstance(nullptr, IidOf<IClassFactory>(), &object));
     EXPECT_EQ(nullptr, object);
+    EXPECT_EQ(E_POINTER, factory->CreateInstance(nullptr, IidOf<IUnknown>(), nullptr));
+    EXPECT_EQ(1u, outer.refs);
   }
+}
+
+// The module's count: every session and form alive, alone or added by a session, and every lock.
+TEST_F(ObjectsTest, TheModuleCountsObjectsAndLocks) {
+  EXPECT_EQ(1, ModuleLiveObjects());
+  EXPECT_EQ(S_FALSE, CanUnloadModule());
+  ComPtr<INA_Form> form;
+  ASSERT_EQ(S_OK, session_->AddForm(form.ReleaseAndGetAddressOf()));
+  ComPtr<IUnknown> alone = Create(CLSID_NA_Form);
+  EXPECT_EQ(3, ModuleLiveObjects());
+  session_.Reset();
+  base_.Reset();
+  alone.Reset();
+  EXPECT_EQ(1, ModuleLiveObjects()) << "the added form outlives its session";
+  form.Reset();
+  EXPECT_EQ(0, ModuleLiveObjects());
+  EXPECT_EQ(S_OK, CanUnloadModule());
+
+  ComPtr<IClassFactory> factory;
+  ASSERT_EQ(S_OK, GetClassObject(CLSID_NA_Form, IidOf<IClassFactory>(),
+                                 factory.ReleaseAndGetVoidAddress()));
+  ASSERT_EQ(S_OK, factory->LockServer(TRUE));
+  ASSERT_EQ(S_OK, factory->LockServer(TRUE));
+  EXPECT_EQ(2, ModuleLocks());
+  ASSERT_EQ(S_OK, factory->LockServer(FALSE));
+  EXPECT_EQ(S_FALSE, CanUnloadModule());
+  ASSERT_EQ(S_OK, factory->LockServer(FALSE));
+  EXPECT_EQ(S_OK, CanUnloadModule());
+  EXPECT_EQ(E_UNEXPECTED, factory->LockServer(FALSE)) << "no lock to give up";
+  EXPECT_EQ(0, ModuleLocks());
 }
 
 TEST_F(ObjectsTest, OnlyTheComponentsClassesHaveClassObjects) {

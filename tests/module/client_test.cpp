@@ -1,0 +1,264 @@
+// A client of the component's shared library that knows only its four exports: it loads the
+// library (dlopen, LoadLibrary), takes the class objects from DllGetClassObject, registers the
+// classes with DllRegisterServer, and plays the network adapter against the reference host of
+// the sample company, which lives in the client's own process.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <memory>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "interfaces/ParcelonInterfaces.h"
+#include "platform/ComPtr.h"
+#include "platform/Paths.h"
+#include "refhost/ReferenceHost.h"
+#include "tools/SendDriver.h"
+#include "ModuleLoader.h"
+
+namespace {
+
+const std::string kSources = PARCELON_SOURCE_DIR;
+
+std::string ReadText(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// `transcript` with every request identifier, new for each request, as "*".
+std::string WithoutRequestIds(const std::string& transcript) {
+  static const std::regex requestId(R"re(trnUID="[0-9A-F]{4}(-[0-9A-F]{4}){7}")re");
+  return std::regex_replace(transcript, requestId, "trnUID=\"*\"");
+}
+
+class ClientTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+#ifdef _WIN32
+    ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
+#endif
+    ASSERT_TRUE(module_.getClassObject && module_.canUnloadNow && module_.registerServer &&
+                module_.unregisterServer)
+        << "cannot load " << PARCELON_MODULE_PATH;
+    const std::string settings = std::string(PARCELON_SCRATCH_DIR) + "/module-settings.ini";
+    std::ofstream(settings, std::ios::binary)
+        << "[URLs]\nEmailService.FormGatewayURL=https://forms.gateway.example/lxn/forms\n"
+           "EmailService.FormGatewayAttachURL=https://forms.gateway.example/lxn/attachments\n";
+    parcelon::SetEnv("PARCELON_SETTINGS", settings.c_str());
+    HRESULT hr = S_OK;
+    std::string error;
+    host_ = parcelon::refhost::ReferenceHost::FromFixture(kSources + "/samples/sample-company.json",
+                                                          hr, error);
+    ASSERT_TRUE(host_) << error;
+    ASSERT_EQ(S_OK, host_->Register());
+  }
+
+  void TearDown() override {
+    host_.reset();
+#ifdef _WIN32
+    CoUninitialize();
+#endif
+  }
+
+  ComPtr<IClassFactory> ClassObject(const CLSID& clsid) {
+    ComPtr<IClassFactory> factory;
+    EXPECT_EQ(S_OK, module_.getClassObject(clsid, IidOf<IClassFactory>(),
+                                           factory.ReleaseAndGetVoidAddress()));
+    return factory;
+  }
+
+  const LoadedModule& module_ = LoadedModule::Get();
+  std::unique_ptr<parcelon::refhost::ReferenceHost> host_;
+};
+
+// The e-mailed invoice of the whole-send tests, sent through the registered classes: the same
+// transcript, and nothing alive afterwards.
+TEST_F(ClientTest, RegisteredClassesRunTheWholeSendAndLetTheModuleGo) {
+  ASSERT_EQ(S_OK, module_.registerServer());
+  CLSID byName{};
+  ASSERT_EQ(S_OK, CLSIDFromProgID(PARCELON_OLESTR("Parcelon.NA_Forms"), &byName));
+  EXPECT_TRUE(IsEqualGUID(byName, CLSID_NA_Forms));
+  ASSERT_EQ(S_OK, CLSIDFromProgID(PARCELON_OLESTR("Parcelon.NA_Form"), &byName));
+  EXPECT_TRUE(IsEqualGUID(byName, CLSID_NA_Form));
+
+  parcelon::tools::FormSpec form;
+  form.type = naftINVOICE;
+  form.recNum = 1001;
+  form.send = nastEMAIL;
+  form.to = "siobhan@obrien.example";
+  form.cc = "accounts@obrien.example";
+  form.bcc = "archive@harborpine.example";
+  form.from = "office@harborpine.example";
+  form.replyTo = "billing@harborpine.example";
+  form.subject = "Your form from Harbor & Pine";
+  form.text = "Thank you for your business.";
+  form.faxTo = "415-555-0101";
+  form.pdf = kSources + "/samples/invoice-1001.pdf";
+  parcelon::tools::SendSpec plan;
+  plan.forms = {form};
+  std::string transcript;
+  EXPECT_EQ(S_OK, parcelon::tools::RunSend(plan, transcript)) << transcript;
+  EXPECT_EQ(ReadText(kSources + "/tests/component/sends/invoice-email-cc-bcc-reply.txt"),
+            WithoutRequestIds(transcript));
+  EXPECT_EQ(S_OK, module_.canUnloadNow());
+
+  ASSERT_EQ(S_OK, module_.unregisterServer());
+  EXPECT_EQ(CO_E_CLASSSTRING, CLSIDFromProgID(PARCELON_OLESTR("Parcelon.NA_Forms"), &byName));
+  ComPtr<INA_Forms> session;
+  EXPECT_EQ(REGDB_E_CLASSNOTREG,
+            CoCreateInstance(CLSID_NA_Forms, nullptr, CLSCTX_INPROC_SERVER, IidOf<INA_Forms>(),
+                             session.ReleaseAndGetVoidAddress()));
+}
+
+// A session from the class object: the module stays while the session, a form it added, or a
+// lock lives, and may go once all are released.
+TEST_F(ClientTest, TheModuleStaysWhileAnObjectOrALockLives) {
+  EXPECT_EQ(S_OK, module_.canUnloadNow());
+  ComPtr<IClassFactory> factory = ClassObject(CLSID_NA_Forms);
+  ASSERT_TRUE(factory);
+  EXPECT_EQ(S_OK, module_.canUnloadNow()) << "a class object alone keeps nothing loaded";
+
+  ComPtr<INA_Forms> session;
+  ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IidOf<INA_Forms>(),
+                                          session.ReleaseAndGetVoidAddress()));
+  EXPECT_EQ(S_FALSE, module_.canUnloadNow());
+  ComPtr<INA_Form> form;
+  ASSERT_EQ(S_OK, session->AddForm(form.ReleaseAndGetAddressOf()));
+  session.Reset();
+  EXPECT_EQ(S_FALSE, module_.canUnloadNow()) << "the form is still held";
+  form.Reset();
+  EXPECT_EQ(S_OK, module_.canUnloadNow());
+
+  ASSERT_EQ(S_OK, factory->LockServer(TRUE));
+  EXPECT_EQ(S_FALSE, module_.canUnloadNow());
+  ASSERT_EQ(S_OK, factory->LockServer(FALSE));
+  EXPECT_EQ(S_OK, module_.canUnloadNow());
+}
+
+TEST_F(ClientTest, OnlyTheTwoClassesHaveClassObjects) {
+  void* factory = &factory;
+  EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
+            module_.getClassObject(LIBID_PARCELONLib, IidOf<IClassFactory>(), &factory));
+  EXPECT_EQ(nullptr, factory);
+  ComPtr<IClassFactory> form = ClassObject(CLSID_NA_Form);
+  ComPtr<INA_Form7> created;
+  EXPECT_EQ(S_OK, form->CreateInstance(nullptr, IidOf<INA_Form7>(),
+                                       created.ReleaseAndGetVoidAddress()));
+}
+
+#ifdef _WIN32
+
+// Runs `commandLine` and gives its exit code (~0u when it cannot start).
+DWORD RunProcess(std::wstring commandLine) {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                      &startup, &process))
+    return ~0u;
+  WaitForSingleObject(process.hProcess, INFINITE);
+  DWORD code = ~0u;
+  GetExitCodeProcess(process.hProcess, &code);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  return code;
+}
+
+// The tree of HKCR\`path`, one line per key in name order: its path, " = " and its default
+// value when it has one, then one line ":name = value" per named value.
+void Dump(const std::wstring& path, std::vector<std::wstring>& lines) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
+    lines.push_back(path + L" (absent)");
+    return;
+  }
+  std::wstring line = path;
+  std::vector<std::wstring> named;
+  wchar_t name[256];
+  wchar_t data[1024];
+  for (DWORD i = 0;; ++i) {
+    DWORD nameLength = 256, size = sizeof data, type = 0;
+    if (RegEnumValueW(key, i, name, &nameLength, nullptr, &type, reinterpret_cast<BYTE*>(data),
+                      &size) != ERROR_SUCCESS)
+      break;
+    const std::wstring value = type == REG_SZ ? std::wstring(data) : L"(not a string)";
+    if (nameLength == 0)
+      line += L" = " + value;
+    else
+      named.push_back(path + L":" + name + L" = " + value);
+  }
+  std::vector<std::wstring> subkeys;
+  for (DWORD i = 0;; ++i) {
+    DWORD nameLength = 256;
+    if (RegEnumKeyExW(key, i, name, &nameLength, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+      break;
+    subkeys.push_back(name);
+  }
+  RegCloseKey(key);
+  lines.push_back(line);
+  lines.insert(lines.end(), named.begin(), named.end());
+  std::sort(subkeys.begin(), subkeys.end());
+  for (const std::wstring& subkey : subkeys) Dump(path + L"\\" + subkey, lines);
+}
+
+std::vector<std::wstring> Registration(const std::wstring& progId, const std::wstring& clsid) {
+  std::vector<std::wstring> lines;
+  Dump(progId, lines);
+  Dump(L"CLSID\\" + clsid, lines);
+  return lines;
+}
+
+// regsvr32 in the build's own Wine prefix: exactly the classes' keys and values, with the module
+// as the server's only value, and the type library; regsvr32 /u removes them and leaves CLSID.
+TEST_F(ClientTest, Regsvr32WritesExactlyTheClassesKeysAndRemovesThem) {
+  wchar_t modulePath[MAX_PATH];
+  ASSERT_NE(0u, GetModuleFileNameW(GetModuleHandleW(L"parcelon.dll"), modulePath, MAX_PATH));
+  const std::wstring quoted = L" \"" + std::wstring(modulePath) + L"\"";
+  ASSERT_EQ(0u, RunProcess(L"regsvr32.exe /s" + quoted));
+  const std::wstring libid = L"{37A2FBF3-1795-4679-94A3-A153F1A8BB54}";
+  for (const auto& [name, clsid] :
+       {std::pair<std::wstring, std::wstring>{L"NA_Forms", L"{37A2FC00-1795-4679-94A3-A153F1A8BB54}"},
+        {L"NA_Form", L"{37A2FC02-1795-4679-94A3-A153F1A8BB54}"}}) {
+    const std::wstring progId = L"Parcelon." + name;
+    const std::wstring classKey = L"CLSID\\" + clsid;
+    const std::vector<std::wstring> expected = {
+        progId + L" = " + name + L" Class",
+        progId + L"\\CLSID = " + clsid,
+        progId + L"\\CurVer = " + progId,
+        classKey + L" = " + name + L" Class",
+        classKey + L"\\InprocServer32 = " + modulePath,
+        classKey + L"\\ProgID = " + progId,
+        classKey + L"\\Programmable",
+        classKey + L"\\TypeLib = " + libid,
+        classKey + L"\\VersionIndependentProgID = " + progId,
+    };
+    EXPECT_EQ(expected, Registration(progId, clsid));
+  }
+  std::vector<std::wstring> typeLibrary;
+  Dump(L"TypeLib\\" + libid + L"\\1.0", typeLibrary);
+  EXPECT_EQ(L"TypeLib\\" + libid + L"\\1.0 = PARCELONLib", typeLibrary.front());
+
+  ASSERT_EQ(0u, RunProcess(L"regsvr32.exe /s /u" + quoted));
+  for (const auto& [progId, clsid] :
+       {std::pair<std::wstring, std::wstring>{L"Parcelon.NA_Forms", L"{37A2FC00-1795-4679-94A3-A153F1A8BB54}"},
+        {L"Parcelon.NA_Form", L"{37A2FC02-1795-4679-94A3-A153F1A8BB54}"}}) {
+    EXPECT_EQ((std::vector<std::wstring>{progId + L" (absent)", L"CLSID\\" + clsid + L" (absent)"}),
+              Registration(progId, clsid));
+  }
+  typeLibrary.clear();
+  Dump(L"TypeLib\\" + libid, typeLibrary);
+  EXPECT_EQ(std::vector<std::wstring>{L"TypeLib\\" + libid + L" (absent)"}, typeLibrary);
+  HKEY classes = nullptr;
+  ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(HKEY_CLASSES_ROOT, L"CLSID", 0, KEY_READ, &classes));
+  RegCloseKey(classes);
+}
+
+#endif  // _WIN32
+
+}  // namespace
