@@ -129,9 +129,10 @@ void CheckArithmetic(const OLAPrecisionInteger& a, const OLAPrecisionInteger& b)
   }
 
   // quotient * divisor + remainder gives the dividend back, exactly when the dividend's scale
-  // holds every term.
+  // holds every term and is one an arithmetic result can have (a sum is rounded to 28 places).
   OLAPrecisionInteger quotient(a), remainder;
-  if (SUCCEEDED(quotient.DivideWithRemainder(b, remainder)) && a.Scale() >= b.Scale()) {
+  if (SUCCEEDED(quotient.DivideWithRemainder(b, remainder)) && a.Scale() >= b.Scale() &&
+      a.Scale() <= OLAPrecisionInteger::kMaxResultScale) {
     if (quotient.Scale() != 0) Finding("a whole quotient with scale " + std::to_string(quotient.Scale()));
     if (!remainder.IsZero() && remainder.IsNegative() != a.IsNegative())
       Finding("the remainder of " + Describe(a) + " / " + Describe(b) + " has the divisor's sign");
@@ -141,9 +142,9 @@ void CheckArithmetic(const OLAPrecisionInteger& a, const OLAPrecisionInteger& b)
               ", which give back " + Describe(back));
   }
 
-  // To DECIMAL and back.
+  // To DECIMAL and back (a DECIMAL holds 28 places; scale 29 is rounded on the way).
   DECIMAL decimal{};
-  if (SUCCEEDED(a.ToDecimal(decimal))) {
+  if (a.Scale() <= OLAPrecisionInteger::kMaxResultScale && SUCCEEDED(a.ToDecimal(decimal))) {
     OLAPrecisionInteger back;
     if (FAILED(back.FromDecimal(decimal)) || !back.Equals(a)) Finding(Describe(a) + " does not survive a DECIMAL");
   }

@@ -108,7 +108,7 @@ Options ParseOptions(int argc, char** argv) {
 }
 
 // The reference host of the options' fixture or store, registered; exits on failure.
-std::unique_ptr<parcelon::refhost::ReferenceHost> OpenHost(const std::string& company, const std::string& store) {
+std::unique_ptr<parcelon::refhost::ReferenceHost> OpenHost(const std::string& company, [[maybe_unused]] const std::string& store) {
   HRESULT hr = S_OK;
   std::string error;
   std::unique_ptr<parcelon::refhost::ReferenceHost> host;
