@@ -16,6 +16,8 @@
 namespace parcelon::test {
 namespace {
 
+// Written after the fixture's own "[ZPSSettings]" lines, the switch joins that section: Windows'
+// profile reader takes only the first section of a name.
 const std::string kURLs =
     "[URLs]\nEmailService.FormGatewayURL=https://forms.gateway.example/lxn/forms\n"
     "EmailService.FormGatewayAttachURL=https://forms.gateway.example/lxn/attachments\n";
@@ -105,7 +107,7 @@ TEST_F(UploadStampsTest, ForceNewCompanyRemovesEveryStampBeforeTheRequestSilentl
 }
 
 TEST_F(UploadStampsTest, TheSwitchRemovesEveryStampBeforeEachRequestAndSaysSoEachTime) {
-  WriteSettings(kURLs + "[ZPSSettings]\nNetworkAdapter.RemoveUploadTimeAttrs=1\n");
+  WriteSettings("NetworkAdapter.RemoveUploadTimeAttrs=1\n" + kURLs);
   const ComPtr<INA_Base5> session = Session(false);
   Build(session);
   EXPECT_EQ(0u, StampsLeft());
@@ -122,7 +124,7 @@ TEST_F(UploadStampsTest, TheSwitchRemovesEveryStampBeforeEachRequestAndSaysSoEac
 }
 
 TEST_F(UploadStampsTest, AFailedRemovalIsLoggedShowsNoBoxAndTheRequestIsBuilt) {
-  WriteSettings(kURLs + "[ZPSSettings]\nNetworkAdapter.RemoveUploadTimeAttrs=1\n");
+  WriteSettings("NetworkAdapter.RemoveUploadTimeAttrs=1\n" + kURLs);
   Faults().HoldLock(u"Orvane:NetworkAdapter:DataUpload");
   const std::string request = Build(Session(false));
   EXPECT_NE(std::string::npos, request.find("<LXDataMsgsRq"));
