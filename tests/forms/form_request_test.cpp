@@ -12,6 +12,7 @@
 
 #include "forms/FormRequest.h"
 #include "forms/FormsTestHost.h"
+#include "support/RequestValidity.h"
 
 namespace parcelon::test {
 namespace {
@@ -154,7 +155,12 @@ class FormRequestTest : public FormsTest {
   std::string Request(const INA_Form7Ptr& form, HRESULT expected = S_OK) {
     BSTR xml = nullptr;
     EXPECT_EQ(expected, BuildFormRequest(form.Get(), &xml));
-    return WithoutTrnUIDs(Take(xml));
+    std::string request = Take(xml);
+    // Every request that was built whole validates against its document type.
+    if (expected == S_OK) {
+      EXPECT_EQ("valid", RequestValidity(request)) << request;
+    }
+    return WithoutTrnUIDs(request);
   }
 };
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "support/RequestValidity.h"
 #include "support/TestSupport.h"
 #include "tools/RequestDocument.h"
 #include "tools/RequestValidator.h"
@@ -20,9 +21,6 @@ using tools::ValidateRequest;
 
 const std::string kSources = PARCELON_SOURCE_DIR;
 const std::string kDtds = kSources + "/dtds";
-
-constexpr char kLXMainDocType[] =
-    "ZPN PUBLIC '-//ORVANE//DTD LXN Platform LXMAIN 1.0//EN' 'https://gateway.orvane.example/dtds/lxmain.dtd'";
 
 struct FormPass {
   std::string where;  // transcript file and pass, for the failure message

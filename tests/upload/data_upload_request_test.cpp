@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "UploadTestSupport.h"
+#include "support/RequestValidity.h"
 #include "upload/DataUploadRequest.h"
 #include "upload/UploadState.h"
 
@@ -54,8 +55,13 @@ class DataUploadRequestTest : public UploadTest {
 
   std::string Build(HRESULT expected = S_OK) {
     DataUploadSession session{map_, forms_, forceNewCompany_, false, 2};
-    return WithoutTrnUIDs(
-        Written(expected, [&](XMLBuilder& b) { return CDataUploadRequest(session).BuildLXDataMsgsRq(b); }));
+    const std::string upload =
+        Written(expected, [&](XMLBuilder& b) { return CDataUploadRequest(session).BuildLXDataMsgsRq(b); });
+    // Every upload that was built whole validates against its document type.
+    if (expected == S_OK) {
+      EXPECT_EQ("valid", RequestValidity(upload)) << upload;
+    }
+    return WithoutTrnUIDs(upload);
   }
 
   std::vector<INA_Form7Ptr> forms_;
