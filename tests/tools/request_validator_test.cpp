@@ -95,13 +95,6 @@ TEST(RequestValidatorTest, EveryFormPassOfEveryWholeSendValidates) {
   EXPECT_GT(requests, 20u);
 }
 
-// A fax of invoice 1002 with a data upload, as the whole send gives it.
-std::string UploadAndFax() {
-  for (const FormPass& pass : FormPassesOf("upload-all-customers", ReadFile(kSources + "/tests/component/sends/upload-all-customers.txt")))
-    if (pass.document.find("<InvoiceFaxRq") != std::string::npos) return pass.document;
-  return {};
-}
-
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {
   const size_t at = text.find(from);
   EXPECT_NE(at, std::string::npos) << from;
@@ -112,6 +105,31 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
 // The line of the document that `text` starts on, as libxml2 counts them.
 int LineOf(const std::string& document, const std::string& text) {
   return int(std::count(document.begin(), document.begin() + long(document.find(text)), '\n')) + 1;
+}
+
+// The template style aggregate is declared beside the request (no request carries it): the
+// sample company's templates, as the style tests expect them, validate as documents of their own.
+TEST(RequestValidatorTest, TheSampleTemplatesValidate) {
+  for (const char* name : {"invoice-template.txt", "estimate-template.txt"}) {
+    const std::string style = ReadFile(kSources + "/tests/forms/styles/" + name);
+    ASSERT_FALSE(style.empty()) << name;
+    const std::string document =
+        "<?xml version=\"1.0\"?>\n<!DOCTYPE StyleItem SYSTEM \"https://gateway.orvane.example/dtds/lxmain.dtd\">\n" +
+        style;
+    EXPECT_EQ(Validated(document), "valid") << name;
+    // A host value without a word in the gateway's vocabulary is written empty, and refused.
+    EXPECT_EQ(Validated(Replaced(document, "border=\"None\"", "border=\"\"")),
+              "line " + std::to_string(LineOf(document, "border=\"None\"")) +
+                  ": Syntax of value for attribute border of StyleFieldInfo is not valid")
+        << name;
+  }
+}
+
+// A fax of invoice 1002 with a data upload, as the whole send gives it.
+std::string UploadAndFax() {
+  for (const FormPass& pass : FormPassesOf("upload-all-customers", ReadFile(kSources + "/tests/component/sends/upload-all-customers.txt")))
+    if (pass.document.find("<InvoiceFaxRq") != std::string::npos) return pass.document;
+  return {};
 }
 
 TEST(RequestValidatorTest, BrokenRequestsAreRefusedWithTheValidatorsMessage) {
