@@ -80,8 +80,8 @@ std::string Validated(const std::string& document, const std::string& dtds = kDt
 
 TEST(RequestValidatorTest, EveryFormPassOfEveryWholeSendValidates) {
   const std::vector<FormPass> passes = AllTranscriptFormPasses();
-  // 29 transcripts; their form passes, empty ones included.
-  EXPECT_EQ(passes.size(), 30u);
+  // The 29 transcripts of today hold 30 form passes, empty ones included.
+  EXPECT_GE(passes.size(), 30u);
   size_t formGate = 0, uploads = 0, requests = 0;
   for (const FormPass& pass : passes) {
     EXPECT_EQ(Validated(pass.document), "valid") << pass.where << "\n" << pass.document;
