@@ -41,8 +41,8 @@ const std::string& UploadDocument(int names) {
 }
 
 void SetCounters(benchmark::State& state, const std::string& document) {
-  state.counters["MB/s"] =
-      benchmark::Counter(double(document.size()), benchmark::Counter::kIsIterationInvariantRate, benchmark::Counter::kIs1000);
+  state.counters["MB/s"] = benchmark::Counter(double(document.size()), benchmark::Counter::kIsIterationInvariantRate,
+                                              benchmark::Counter::kIs1000);
   state.counters["bytes"] = double(document.size());
 }
 
@@ -51,7 +51,8 @@ void BM_ValidateUpload(benchmark::State& state) {
   if (document.empty()) return state.SkipWithError("building the upload failed");
   std::string message;
   for (auto _ : state) {
-    if (!parcelon::tools::ValidateRequest(document, PARCELON_DTD_DIR, message)) return state.SkipWithError(message.c_str());
+    if (!parcelon::tools::ValidateRequest(document, PARCELON_DTD_DIR, message))
+      return state.SkipWithError(message.c_str());
   }
   SetCounters(state, document);
 }

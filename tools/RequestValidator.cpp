@@ -66,8 +66,8 @@ bool Refuse(std::string& message, std::string text) {
 std::string_view DtdFileOf(std::string_view systemID) {
   if (systemID.find("..") != std::string_view::npos || systemID.find('\\') != std::string_view::npos) return {};
   const std::string_view file = systemID.substr(systemID.rfind('/') + 1);
-  const bool known = std::find(std::begin(kRequestDtdFiles), std::end(kRequestDtdFiles), file) !=
-                     std::end(kRequestDtdFiles);
+  const bool known =
+      std::find(std::begin(kRequestDtdFiles), std::end(kRequestDtdFiles), file) != std::end(kRequestDtdFiles);
   return known ? file : std::string_view();
 }
 
@@ -88,8 +88,7 @@ bool ValidateRequest(std::string_view document, const std::string& dtdDirectory,
 
   const xmlDtd* declaration = doc->intSubset;
   if (!declaration) return Refuse(message, "the document has no document type declaration");
-  if (declaration->children)
-    return Refuse(message, "the document type declaration has an internal subset");
+  if (declaration->children) return Refuse(message, "the document type declaration has an internal subset");
   const char* systemID = reinterpret_cast<const char*>(declaration->SystemID);
   if (!systemID) return Refuse(message, "the document type declaration names no system identifier");
   const std::string_view file = DtdFileOf(systemID);

@@ -127,7 +127,8 @@ TEST(RequestValidatorTest, TheSampleTemplatesValidate) {
 
 // A fax of invoice 1002 with a data upload, as the whole send gives it.
 std::string UploadAndFax() {
-  for (const FormPass& pass : FormPassesOf("upload-all-customers", ReadFile(kSources + "/tests/component/sends/upload-all-customers.txt")))
+  for (const FormPass& pass :
+       FormPassesOf("upload-all-customers", ReadFile(kSources + "/tests/component/sends/upload-all-customers.txt")))
     if (pass.document.find("<InvoiceFaxRq") != std::string::npos) return pass.document;
   return {};
 }
@@ -146,12 +147,12 @@ TEST(RequestValidatorTest, BrokenRequestsAreRefusedWithTheValidatorsMessage) {
   };
   const Case cases[] = {
       {"two children swapped",
-       Replaced(fax, "<AuthID>HP-4411-0937</AuthID>\n" + companyUID,
-                companyUID + "<AuthID>HP-4411-0937</AuthID>\n"),
+       Replaced(fax, "<AuthID>HP-4411-0937</AuthID>\n" + companyUID, companyUID + "<AuthID>HP-4411-0937</AuthID>\n"),
        "line " + std::to_string(requestLine) +
            ": Element InvoiceFaxRq content does not follow the DTD, expecting (AuthID? , CompanyUID , FaxData , "
            "InvoiceForm), got (CompanyUID AuthID FaxData InvoiceForm )"},
-      {"a required element missing", Replaced(fax, "<AuthID>HP-4411-0937</AuthID>\n" + companyUID, "<AuthID>HP-4411-0937</AuthID>\n"),
+      {"a required element missing",
+       Replaced(fax, "<AuthID>HP-4411-0937</AuthID>\n" + companyUID, "<AuthID>HP-4411-0937</AuthID>\n"),
        "line " + std::to_string(requestLine) +
            ": Element InvoiceFaxRq content does not follow the DTD, expecting (AuthID? , CompanyUID , FaxData , "
            "InvoiceForm), got (AuthID FaxData InvoiceForm )"},
@@ -162,14 +163,14 @@ TEST(RequestValidatorTest, BrokenRequestsAreRefusedWithTheValidatorsMessage) {
            "(Priority RecipientInfo Note )"},
       {"an unknown root", Replaced(Replaced(fax, "<ZPN>", "<Request>"), "</ZPN>", "</Request>"),
        "line " + std::to_string(LineOf(fax, "<ZPN>")) + ": No declaration for element Request"},
-      {"a value outside the enumeration", Replaced(fax, "<LXNParcelonMsgsRq version=\"1\">", "<LXNParcelonMsgsRq version=\"2\">"),
+      {"a value outside the enumeration",
+       Replaced(fax, "<LXNParcelonMsgsRq version=\"1\">", "<LXNParcelonMsgsRq version=\"2\">"),
        "line " + std::to_string(LineOf(fax, "<LXNParcelonMsgsRq")) +
            ": Value \"2\" for attribute version of LXNParcelonMsgsRq is not among the enumerated set"},
       {"a required attribute missing", Replaced(fax, "<DataUploadRq trnUID=\"*\">", "<DataUploadRq>"),
        "line " + std::to_string(LineOf(fax, "<DataUploadRq")) +
            ": Element DataUploadRq does not carry attribute trnUID"},
-      {"a form request under the other documents' type",
-       Replaced(fax, "lxmain.dtd", "formgate.dtd"),
+      {"a form request under the other documents' type", Replaced(fax, "lxmain.dtd", "formgate.dtd"),
        "line " + std::to_string(LineOf(fax, "<ZPN>")) +
            ": Element ZPN content does not follow the DTD, expecting (FormsMsgsRq), got (LXDataMsgsRq "
            "LXNParcelonMsgsRq )"},
@@ -191,17 +192,19 @@ TEST(RequestValidatorTest, DocumentsThatAreNoRequestAreRefused) {
   const Case cases[] = {
       {"not XML", "Invoice 1001, by fax", kDtds, "line 1: Start tag expected, '<' not found"},
       {"empty", "", kDtds, "the document is not XML"},
-      {"cut short", request.substr(0, request.size() - 4), kDtds,
-       "line 4: expected '>'"},
+      {"cut short", request.substr(0, request.size() - 4), kDtds, "line 4: expected '>'"},
       {"no declaration", "<?xml version=\"1.0\"?>\n<ZPN></ZPN>\n", kDtds,
        "the document has no document type declaration"},
       {"no system identifier", "<!DOCTYPE ZPN>\n<ZPN/>\n", kDtds,
        "the document type declaration names no system identifier"},
       {"an unknown definition",
-       Replaced(request, "https://gateway.orvane.example/dtds/lxmain.dtd", "https://gateway.orvane.example/dtds/other.dtd"),
-       kDtds, "the document type declaration names an unknown definition: https://gateway.orvane.example/dtds/other.dtd"},
-      {"a path that climbs", Replaced(request, "https://gateway.orvane.example/dtds/lxmain.dtd", "../../dtds/lxmain.dtd"),
-       kDtds, "the document type declaration names an unknown definition: ../../dtds/lxmain.dtd"},
+       Replaced(request, "https://gateway.orvane.example/dtds/lxmain.dtd",
+                "https://gateway.orvane.example/dtds/other.dtd"),
+       kDtds,
+       "the document type declaration names an unknown definition: https://gateway.orvane.example/dtds/other.dtd"},
+      {"a path that climbs",
+       Replaced(request, "https://gateway.orvane.example/dtds/lxmain.dtd", "../../dtds/lxmain.dtd"), kDtds,
+       "the document type declaration names an unknown definition: ../../dtds/lxmain.dtd"},
       {"a bare file name", Replaced(request, "https://gateway.orvane.example/dtds/lxmain.dtd", "lxmain.dtd"), kDtds,
        "valid"},
       {"an internal subset", Replaced(request, ".dtd'>", ".dtd' [<!ELEMENT ZPN ANY>]>"), kDtds,
