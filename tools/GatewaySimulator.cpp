@@ -40,7 +40,7 @@ std::string Replaced(std::string name, std::string_view from, std::string_view t
 
 // Closes the connection of `request` without a word: the socket whose ends are the request's
 // addresses is shut down, so the client reads the end of the stream where an answer should be.
-void DropConnection(const httplib::Request& request) {
+void DropConnection(const httplib::Request& request, int serverPort) {
   DIR* fds = opendir("/proc/self/fd");
   if (!fds) return;
   while (const dirent* entry = readdir(fds)) {
@@ -52,7 +52,7 @@ void DropConnection(const httplib::Request& request) {
     if (getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &peerSize) != 0 || peer.sin_family != AF_INET ||
         getsockname(fd, reinterpret_cast<sockaddr*>(&local), &localSize) != 0)
       continue;
-    if (ntohs(peer.sin_port) == request.remote_port && ntohs(local.sin_port) == request.local_port) {
+    if (ntohs(peer.sin_port) == request.remote_port && ntohs(local.sin_port) == serverPort) {
       shutdown(fd, SHUT_RDWR);
       break;
     }
@@ -116,7 +116,7 @@ struct GatewaySimulator::State {
   bool Refuse(const GatewayFault* fault, const httplib::Request& request, httplib::Response& response) {
     if (!fault) return false;
     if (fault->kind == GatewayFault::kDrop) {
-      DropConnection(request);
+      DropConnection(request, port);
       return true;
     }
     if (fault->kind == GatewayFault::kHttp) {
@@ -182,7 +182,10 @@ struct GatewaySimulator::State {
       answer.contentType = "text/plain";
       return Send(fault, std::move(answer), response);
     }
+    // A scripted status answers the data upload when there is one; an expired ticket answers
+    // the forms too.
     const bool refused = fault && (fault->kind == GatewayFault::kStatus || fault->kind == GatewayFault::kExpired);
+    const bool formsRefused = refused && (!received.hasUpload || fault->kind == GatewayFault::kExpired);
     std::string document = "<ZPN>";
     std::string uploadSummary;
     if (received.hasUpload) {
@@ -198,7 +201,7 @@ struct GatewaySimulator::State {
     }
     std::string openSet;
     for (const ReceivedForm& form : received.forms) {
-      std::string status = refused ? fault->status : "0", words;
+      std::string status = formsRefused ? fault->status : "0", words;
       for (const std::string& id : form.messageIds)
         if (status == "0" && !store->HasAttachment(id)) status = "13102", words = "Attachment " + id + " is unknown.";
       store->AddForm(received.companyUID, form, status, uploadSummary);
@@ -240,6 +243,8 @@ std::unique_ptr<GatewaySimulator> GatewaySimulator::Start(GatewayOptions options
     return nullptr;
   }
   s->thread = std::thread([s] { s->server.listen_after_bind(); });
+  // A stop before the server runs would be lost: it only ends a server that is running.
+  while (!s->server.is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   return std::unique_ptr<GatewaySimulator>(new GatewaySimulator(std::move(state)));
 }
 
