@@ -99,6 +99,7 @@ HRESULT HttpExchange::Exchange(const PassRequest& request, PassResponse& respons
   const CURLcode code = curl_easy_perform(curl);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   seconds_ += seconds;
+  bytesSent_ += request.body.size();
   curl_slist_free_all(headers);
   long status = 0;
   curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status);

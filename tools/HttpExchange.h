@@ -43,11 +43,14 @@ class HttpExchange final : public PassExchange {
 
   // The seconds spent in exchanges so far.
   double SecondsOnTheWire() const { return seconds_; }
+  // The bytes of the requests' bodies sent so far.
+  size_t BytesSent() const { return bytesSent_; }
 
  private:
   HttpOptions options_;
   void* curl_ = nullptr;
   double seconds_ = 0;
+  size_t bytesSent_ = 0;
 };
 
 }  // namespace parcelon::tools
