@@ -10,6 +10,8 @@ namespace {
 
 constexpr char kSchema[] =
     "PRAGMA journal_mode=WAL;"
+    // A stand-in for a gateway: a power cut may lose the last answers, never consistency.
+    "PRAGMA synchronous=NORMAL;"
     "CREATE TABLE IF NOT EXISTS attachments(id INTEGER PRIMARY KEY, file_name TEXT, ticket TEXT, size INTEGER,"
     "  data BLOB, received TEXT DEFAULT CURRENT_TIMESTAMP);"
     "CREATE TABLE IF NOT EXISTS companies(uid TEXT PRIMARY KEY, name TEXT, text TEXT, token TEXT);"
