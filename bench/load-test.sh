@@ -10,18 +10,7 @@ build=${1:-build/release}
 senders=20
 forms=50
 export PARCELON_SETTINGS="$PWD/samples/ZPSSettings.aov"
-work=$(mktemp -d)
-gateway_pid=""
-cleanup() {
-  if [ -n "$gateway_pid" ]; then kill "$gateway_pid" 2>/dev/null || true; wait "$gateway_pid" 2>/dev/null || true; fi
-  rm -rf "$work"
-}
-trap cleanup EXIT
-
-"$build/parcelon" gateway --port 0 --data "$work/gateway" >"$work/address" 2>/dev/null &
-gateway_pid=$!
-for _ in $(seq 100); do [ -s "$work/address" ] && break; sleep 0.1; done
-url=$(head -n 1 "$work/address")
+source scripts/simulator.sh
 rss() { awk '/VmRSS/ { print $2 " kB" }' "/proc/$gateway_pid/status"; }
 echo "simulator at $url, resident memory at start: $(rss)"
 

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "tools/PassExchange.h"
+
 namespace parcelon::tools {
 
 namespace {
@@ -50,20 +52,6 @@ class Statement {
  private:
   sqlite3_stmt* statement_ = nullptr;
 };
-
-std::string Html(const std::string& text) {
-  std::string out;
-  for (const char c : text) {
-    switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      default: out += c;
-    }
-  }
-  return out;
-}
 
 }  // namespace
 
@@ -193,8 +181,8 @@ std::string GatewayStore::StatusPage() {
   Statement companies(db_, "SELECT uid, name, token FROM companies ORDER BY name, uid");
   while (companies.Step()) {
     const std::string uid = companies.Text(0);
-    page += "<h2>" + Html(companies.Text(1)) + " " + Html(uid) + "</h2>\n<p>Last upload token: " +
-            Html(companies.Text(2)) + "</p>\n<table border=\"1\">\n<tr><th>Kind</th><th>ClientID</th><th>State</th>"
+    page += "<h2>" + EscapedAttribute(companies.Text(1)) + " " + EscapedAttribute(uid) + "</h2>\n<p>Last upload token: " +
+            EscapedAttribute(companies.Text(2)) + "</p>\n<table border=\"1\">\n<tr><th>Kind</th><th>ClientID</th><th>State</th>"
             "<th>Upload</th><th>Name</th></tr>\n";
     Statement records(db_, "SELECT kind, client_id, state, upload, text FROM records WHERE company_uid = ?"
                            " ORDER BY kind, CAST(client_id AS INTEGER), client_id");
@@ -202,8 +190,8 @@ std::string GatewayStore::StatusPage() {
     while (records.Step()) {
       const std::string text = records.Text(4);
       const size_t name = text.find("<Name>"), end = text.find("</Name>");
-      page += "<tr><td>" + Html(records.Text(0)) + "</td><td>" + Html(records.Text(1)) + "</td><td>" +
-              Html(records.Text(2)) + "</td><td>" + records.Text(3) + "</td><td>" +
+      page += "<tr><td>" + EscapedAttribute(records.Text(0)) + "</td><td>" + EscapedAttribute(records.Text(1)) + "</td><td>" +
+              EscapedAttribute(records.Text(2)) + "</td><td>" + records.Text(3) + "</td><td>" +
               (name != std::string::npos && end > name ? text.substr(name + 6, end - name - 6) : "") +
               "</td></tr>\n";
     }
@@ -214,7 +202,7 @@ std::string GatewayStore::StatusPage() {
   Statement forms(db_, "SELECT id, received, company_uid, request, message_ids, upload, status FROM forms ORDER BY id");
   while (forms.Step()) {
     page += "<tr>";
-    for (int column = 0; column < 7; ++column) page += "<td>" + Html(forms.Text(column)) + "</td>";
+    for (int column = 0; column < 7; ++column) page += "<td>" + EscapedAttribute(forms.Text(column)) + "</td>";
     page += "</tr>\n";
   }
   return page + "</table>\n</body></html>\n";
