@@ -20,6 +20,8 @@ namespace parcelon::tools {
 
 namespace {
 
+constexpr size_t kMaxRequestBytes = 256u << 20;
+
 // What an answer is given after the request was dealt with.
 struct Answer {
   int http = 200;
@@ -231,6 +233,8 @@ std::unique_ptr<GatewaySimulator> GatewaySimulator::Start(GatewayOptions options
   State* s = state.get();
   // Enough workers for many adapters keeping their connections open at once.
   s->server.new_task_queue = [] { return new httplib::ThreadPool(32); };
+  // A request larger than any send's is refused (413) before it is read into memory.
+  s->server.set_payload_max_length(kMaxRequestBytes);
   s->server.Post(s->options.attachmentPath, [s](const httplib::Request& q, httplib::Response& r) { s->OnAttachment(q, r); });
   s->server.Post(s->options.formPath, [s](const httplib::Request& q, httplib::Response& r) { s->OnForm(q, r); });
   s->server.Get("/", [s](const httplib::Request&, httplib::Response& r) {
