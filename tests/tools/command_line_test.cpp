@@ -26,7 +26,7 @@ class GatewayProcess {
     if (pid_ == 0) {
       dup2(out[1], 1);
       close(out[0]);
-      execl("/bin/sh", "sh", "-c", (std::string("exec ") + PARCELON_TOOL + " gateway --port 0 " + arguments).c_str(),
+      execl("/bin/sh", "sh", "-c", (std::string("exec ") + PARCELON_TOOL + " gateway --port 0 " + arguments + " 2>/dev/null").c_str(),
             static_cast<char*>(nullptr));
       _exit(127);
     }
