@@ -214,6 +214,22 @@ TEST_F(GatewaySendTest, StatusesOfTheGatewayStampNothingItDidNotAccept) {
   ExpectGatewayCopyEqualsHost({PostedInvoice()});
 }
 
+// Another process holds the data file record through every try: the accepted upload's token
+// cannot be stored, so nothing is stamped although the gateway has the records; the next send
+// carries them again with the old token and the gateway's copy is the host's.
+TEST_F(GatewaySendTest, AHeldLockLeavesTheAcceptedUploadUnstampedAndTheNextSendCarriesItAgain) {
+  Faults().HoldLock(u"Orvane:NetworkAdapter:DataUpload");
+  EXPECT_EQ(E_FAIL, Send({PostedInvoice()})) << transcript_;
+  EXPECT_EQ("ParseResponse failed: 0x80004005", failure_);
+  EXPECT_EQ("", Stamps());
+  Faults().Clear();
+  ASSERT_EQ(S_OK, Send({PostedInvoice()})) << transcript_;
+  EXPECT_NE(std::string::npos, transcript_.find("<LastDataUploadToken>0</LastDataUploadToken>"));
+  EXPECT_EQ("term 2 name 100 ", Stamps());
+  EXPECT_EQ("changed", gateway_->Store().Records("{7D0F6E2A-33C1-4B8E-9A51-2C4E8F10B7D3}").at({"Terms", "2"}).state);
+  ExpectGatewayCopyEqualsHost({PostedInvoice()});
+}
+
 // Faults on the wire and in the answer's form: each ends the send with its result and words,
 // nothing of the failed pass is stamped, and the next send completes the job.
 TEST_F(GatewaySendTest, FaultsOnTheWireEndTheSendUnstampedAndTheNextSendCompletes) {
