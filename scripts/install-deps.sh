@@ -8,7 +8,7 @@ packages=(
   cmake ninja-build pkg-config g++ make
   clang libclang-rt-14-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
-  libxml2-dev libinih-dev nlohmann-json3-dev libsqlite3-dev
+  libxml2-dev libinih-dev nlohmann-json3-dev libsqlite3-dev libcpp-httplib-dev libcurl4-openssl-dev curl
   g++-mingw-w64-x86-64-posix mingw-w64-tools wine wine64
 )
 missing=()

@@ -8,6 +8,7 @@
 #include "platform/CodePage.h"
 #include "platform/ComPtr.h"
 #include "platform/XmlDom.h"
+#include "tools/RequestDocument.h"
 
 namespace parcelon::tools {
 
@@ -57,11 +58,13 @@ struct CallFailed {
 
 class Driver {
  public:
-  Driver(const SendSpec& plan, std::string& out) : plan_(plan), out_(out) {}
+  Driver(const SendSpec& plan, std::string& out, PassExchange& exchange)
+      : plan_(plan), out_(out), exchange_(exchange) {}
 
   void Check(HRESULT hr, const char* call) {
     if (FAILED(hr)) {
       Say(out_, "%s failed: 0x%08" PRIX32 "\n", call, uint32_t(hr));
+      if (failure_.empty()) Say(failure_, "%s failed: 0x%08" PRIX32, call, uint32_t(hr));
       throw CallFailed{hr};
     }
     if (plan_.afterCall) plan_.afterCall(pass_, call);
@@ -176,72 +179,64 @@ class Driver {
     else
       Say(out_, "body:\n%s", ToText(body.Get()).c_str());
 
+    PassRequest request;
+    request.pass = pass;
+    request.form = formPasses_ + 1;
+    request.forms = int(plan_.forms.size());
+    request.attachment = attachmentPass;
+    request.url = address;
+    request.contentType = ToText(contentType.Get());
+    request.headerLines = ToText(headers.Get());
+    if (attachmentPass)
+      request.body.assign(reinterpret_cast<const char*>(data), size_t(size > 0 ? size : 0));
+    else
+      request.body = ComposeRequestDocument(ToText(docType.Get()), ToText(body.Get()));
+    PassResponse response;
+    std::string error;
+    const HRESULT exchanged = exchange_.Exchange(request, response, error);
+    if (FAILED(exchanged)) {
+      failure_ = error;
+      Say(out_, "exchange: %s\n", error.c_str());
+      Check(exchanged, "the exchange");
+    }
+    if (!attachmentPass) ++formPasses_;
+
     short responseHeaders = 0;
     Check(session->get_NumResponseHeaderParams(&responseHeaders), "NumResponseHeaderParams");
     if (attachmentPass) {
       Bstr name;
       Check(session->get_ResponseHeaderParamName(1, name.Out()), "ResponseHeaderParamName");
-      char cookie[64];
-      std::snprintf(cookie, sizeof cookie, "messageid=ATT%06d ; Path=/", ++attachments_);
-      Say(out_, "response: %s: %s\n", ToText(name.Get()).c_str(), cookie);
-      Check(session->SetResponseHeaderParamValue(name.Get(), ToBstr(cookie).Get()), "SetResponseHeaderParamValue");
+      const std::string* cookie = response.Header(ToText(name.Get()));
+      Say(out_, "response: %s: %s\n", ToText(name.Get()).c_str(), cookie ? cookie->c_str() : "(none)");
+      if (cookie)
+        Check(session->SetResponseHeaderParamValue(name.Get(), ToBstr(*cookie).Get()), "SetResponseHeaderParamValue");
     }
     Bstr responseTypes;
     Check(session->get_ResponseTypesToParse(responseTypes.Out()), "ResponseTypesToParse");
     Say(out_, "response types to parse: %s\n", ToText(responseTypes.Get()).c_str());
-    const std::string status = pass <= int(plan_.responses.size()) ? plan_.responses[size_t(pass - 1)] : "0";
-    const std::string response =
-        attachmentPass ? AttachmentResponse(status)
-                       : ToText(body.Get()).find("<LXDataMsgsRq") != std::string::npos ? DataUploadResponse(status) : "";
-    if (response.empty())
+    std::string refusal;
+    if (response.body.empty())
       Say(out_, "response document: none\n");
     else
-      Respond(session, response, ToText(responseTypes.Get()));
+      Respond(session, response.body, ToText(responseTypes.Get()), refusal);
     Check(session->OnSynchCompleted(), "OnSynchCompleted");
-  }
-
-  // What a gateway answers an attachment upload with: the attachment's message identifier, the
-  // same the cookie carries.
-  std::string AttachmentResponse(const std::string& status) const {
-    char messageID[24];
-    std::snprintf(messageID, sizeof messageID, "ATT%06d", attachments_);
-    return "<AttachmentRs statusCode=\"" + Escaped(status) + "\" statusSeverity=\"" + Severity(status) + "\"><MessageID>" +
-           messageID + "</MessageID></AttachmentRs>";
-  }
-
-  // What a gateway answers a data upload with: a new upload token.
-  std::string DataUploadResponse(const std::string& status) {
-    char token[24];
-    std::snprintf(token, sizeof token, "TOKEN-%04d", ++uploads_);
-    return "<LXDataMsgsRs><DataUploadRs statusCode=\"" + Escaped(status) + "\" statusSeverity=\"" + Severity(status) +
-           "\"><LastDataUploadToken>" + token + "</LastDataUploadToken></DataUploadRs></LXDataMsgsRs>";
-  }
-
-  static std::string Severity(const std::string& status) { return status == "0" ? "INFO" : "ERROR"; }
-
-  // The status as attribute text: it comes from the command line.
-  static std::string Escaped(const std::string& text) {
-    std::string out;
-    for (const char c : text) {
-      switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '"': out += "&quot;"; break;
-        default: out += c;
-      }
+    if (!refusal.empty()) {
+      failure_ = refusal;
+      Say(out_, "%s\n", refusal.c_str());
+      throw CallFailed{kFormRefused};
     }
-    return out;
   }
 
   // Hands the document's aggregates of the names in `types` (the root, or an element child of it)
-  // to ParseResponse, as the adapter does.
-  void Respond(INA_Base5* session, const std::string& response, const std::string& types) {
+  // to ParseResponse, as the adapter does. A form request's own answer ("...Rs" in a message set of the document, beside the data
+  // upload's) is written down with its status; one other than "0" goes into `refusal`.
+  void Respond(INA_Base5* session, const std::string& response, const std::string& types, std::string& refusal) {
     Say(out_, "response document:\n%s\n", response.c_str());
     ComPtr<IXMLDOMDocument> document;
     Check(CreateDomDocument(document.ReleaseAndGetAddressOf()), "creating the response document");
     VARIANT_BOOL loaded = VARIANT_FALSE;
     HRESULT hr = document->loadXML(ToBstr(response).Get(), &loaded);
+    if (hr != S_OK || !loaded) failure_ = "the gateway's answer to pass " + std::to_string(pass_) + " is not a readable document";
     Check(hr == S_OK && loaded ? S_OK : FAILED(hr) ? hr : E_FAIL, "loading the response document");
     ComPtr<IXMLDOMElement> root;
     hr = document->get_documentElement(root.ReleaseAndGetAddressOf());
@@ -258,19 +253,61 @@ class Driver {
     for (const ComPtr<IXMLDOMNode>& aggregate : aggregates) {
       Bstr name;
       Check(aggregate->get_nodeName(name.Out()), "reading the response document");
-      if (("," + types + ",").find("," + ToText(name.Get()) + ",") == std::string::npos) continue;
+      if (("," + types + ",").find("," + ToText(name.Get()) + ",") == std::string::npos) {
+        if (aggregate.Get() != root.Get()) ReadFormStatuses(aggregate.Get(), ToText(name.Get()), refusal);
+        continue;
+      }
       hr = session->ParseResponse(aggregate.Get());
       Say(out_, "ParseResponse(%s): 0x%08" PRIX32 "\n", ToText(name.Get()).c_str(), uint32_t(hr));
       Check(hr, "ParseResponse");
     }
   }
 
+  // The form answers inside a message set: its elements named "...Rs", with their "statusCode".
+  void ReadFormStatuses(IXMLDOMNode* messageSet, const std::string& setName, std::string& refusal) {
+    if (setName.size() < 6 || setName.compare(setName.size() - 6, 6, "MsgsRs") != 0) return;
+    ComPtr<IXMLDOMNode> answer;
+    if (FAILED(messageSet->get_firstChild(answer.ReleaseAndGetAddressOf()))) return;
+    while (answer) {
+      Bstr name;
+      if (SUCCEEDED(answer->get_nodeName(name.Out()))) {
+        const std::string status = Attribute(answer.Get(), "statusCode", "(none)");
+        const std::string words = Attribute(answer.Get(), "statusMessage", "");
+        Say(out_, "form status: %s %s%s%s\n", ToText(name.Get()).c_str(), status.c_str(), words.empty() ? "" : " ",
+            words.c_str());
+        if (status != "0" && refusal.empty())
+          refusal = "the gateway refused form " + std::to_string(formPasses_) + " (" + ToText(name.Get()) +
+                    "): status " + status + (words.empty() ? "" : ", \"" + words + "\"");
+      }
+      ComPtr<IXMLDOMNode> next;
+      if (FAILED(answer->get_nextSibling(next.ReleaseAndGetAddressOf()))) break;
+      answer = next;
+    }
+  }
+
+  static std::string Attribute(IXMLDOMNode* node, const char* name, const char* missing) {
+    ComPtr<IXMLDOMNamedNodeMap> attributes;
+    ComPtr<IXMLDOMNode> attribute;
+    Bstr text;
+    if (FAILED(node->get_attributes(attributes.ReleaseAndGetAddressOf())) || !attributes ||
+        attributes->getNamedItem(ToBstr(name).Get(), attribute.ReleaseAndGetAddressOf()) != S_OK || !attribute ||
+        FAILED(attribute->get_text(text.Out())))
+      return missing;
+    return ToText(text.Get());
+  }
+
+ public:
+  const std::string& Failure() const { return failure_; }
+
+ private:
   const SendSpec& plan_;
   std::string& out_;
+  PassExchange& exchange_;
+  std::string failure_;
+  // The form passes completed so far.
+  int formPasses_ = 0;
   // The pass under way; 0 before the first.
   int pass_ = 0;
-  int attachments_ = 0;
-  int uploads_ = 0;
 };
 
 }  // namespace
@@ -294,14 +331,53 @@ Bstr ToBstr(const std::string& utf8) {
   return Bstr(reinterpret_cast<const OLECHAR*>(wide.data()), UINT(wide.size()));
 }
 
-HRESULT RunSend(const SendSpec& plan, std::string& transcript) {
+HRESULT RunSend(const SendSpec& plan, std::string& transcript, std::string* failure) {
   if (plan.forms.empty()) return E_INVALIDARG;
+  SimulatedGateway simulated(plan.responses);
+  Driver driver(plan, transcript, plan.exchange ? *plan.exchange : simulated);
   try {
-    Driver(plan, transcript).Run();
+    driver.Run();
     return S_OK;
   } catch (const CallFailed& failed) {
+    if (failure) *failure = driver.Failure();
     return failed.hr;
   }
+}
+
+std::string EscapedAttribute(std::string_view text) {
+  std::string out;
+  for (const char c : text) {
+    switch (c) {
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '"': out += "&quot;"; break;
+      default: out += c;
+    }
+  }
+  return out;
+}
+
+HRESULT SimulatedGateway::Exchange(const PassRequest& request, PassResponse& response, std::string&) {
+  const std::string status =
+      request.pass <= int(statuses_.size()) ? statuses_[size_t(request.pass - 1)] : std::string("0");
+  const std::string code = EscapedAttribute(status);
+  const char* severity = status == "0" ? "INFO" : "ERROR";
+  char id[32];
+  response.status = 200;
+  if (request.attachment) {
+    // The attachment's message identifier, in the cookie and in the answer.
+    std::snprintf(id, sizeof id, "ATT%06d", ++attachments_);
+    response.headers.emplace_back("Set-Cookie", std::string("messageid=") + id + " ; Path=/");
+    response.body = "<AttachmentRs statusCode=\"" + code + "\" statusSeverity=\"" + severity + "\"><MessageID>" + id +
+                    "</MessageID></AttachmentRs>";
+  } else if (request.body.find("<LXDataMsgsRq") != std::string::npos) {
+    // A new upload token.
+    std::snprintf(id, sizeof id, "TOKEN-%04d", ++uploads_);
+    response.body = "<LXDataMsgsRs><DataUploadRs statusCode=\"" + code + "\" statusSeverity=\"" + severity +
+                    "\"><LastDataUploadToken>" + id + "</LastDataUploadToken></DataUploadRs></LXDataMsgsRs>";
+  }
+  return S_OK;
 }
 
 }  // namespace parcelon::tools

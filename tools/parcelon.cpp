@@ -1,7 +1,9 @@
 // parcelon: plays the host's network adapter. `build` opens a company, adds the forms named on the
 // command line, drives a send session pass by pass in the adapter's calling order, and prints
 // what every pass would send (a dry run: no network, the gateway's answers are simulated).
-// `style` prints the "StyleItem" of one of the company's templates.
+// `send` does the same over HTTP to a gateway, `gateway` serves a gateway simulator (both off
+// Windows only). `style` prints the "StyleItem" of one of the company's templates.
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -13,6 +15,12 @@
 #include "refhost/ReferenceHost.h"
 #include "tools/SendDriver.h"
 #include "tools/TemplateStyle.h"
+#if PARCELON_HAVE_NETWORK
+#include "diagnostics/FeatureSettings.h"
+#include "response/ResponseCodes.h"
+#include "tools/GatewaySimulator.h"
+#include "tools/HttpExchange.h"
+#endif
 
 namespace {
 
@@ -24,6 +32,12 @@ constexpr char kUsage[] =
     "  TYPE is invoice, estimate, statement or other; form options apply to the last --form:\n"
     "  --send email|fax|paper|none|delete|void|pending   --to --cc --bcc --from --reply-to\n"
     "  --subject --text --pdf FILE   --fax-to NUMBER   --post   --synch-multiple\n"
+    "       parcelon send --gateway URL [--timeout SECONDS] (then the options of build)\n"
+    "  sends over HTTP to URL, each pass to the path of its configured address; exit 3 when the\n"
+    "  network fails (connection, time-out, HTTP status), 4 when the gateway refuses, 1 otherwise\n"
+    "       parcelon gateway [--port N] [--data DIR] [--fault N:WHAT]...\n"
+    "  serves a gateway simulator on 127.0.0.1 (port 0 picks a free one; its address is printed);\n"
+    "  WHAT is status=CODE, expired, http=CODE, drop, malformed, truncated or delay=MS for request N\n"
     "       parcelon style TEMPLATE --company FIXTURE.json [--store STORE.db] [--no-tax-flag]\n"
     "  TEMPLATE is a template's record number or full name\n";
 
@@ -32,6 +46,9 @@ using parcelon::tools::FormSpec;
 struct Options {
   std::string company, store;
   parcelon::tools::SendSpec send;
+  // `send` only: where to, and the longest a pass may take.
+  std::string gateway;
+  long timeoutMs = 30000;
 };
 
 [[noreturn]] void Fail(const std::string& message) {
@@ -74,8 +91,16 @@ Options ParseOptions(int argc, char** argv) {
       if (options.send.forms.empty()) Fail(option + " must follow a --form");
       return options.send.forms.back();
     };
+    const bool network = std::strcmp(argv[1], "send") == 0;
     if (option == "--company") options.company = value();
-    else if (option == "--store") options.store = value();
+    else if (network && option == "--gateway") options.gateway = value();
+    else if (network && option == "--timeout") {
+      const std::string seconds = value();
+      char* end = nullptr;
+      const double parsed = std::strtod(seconds.c_str(), &end);
+      if (*end != '\0' || !(parsed > 0 && parsed <= 3600)) Fail("--timeout wants seconds from 0 to 3600");
+      options.timeoutMs = long(parsed * 1000 + 0.5);
+    } else if (option == "--store") options.store = value();
     else if (option == "--ticket") options.send.ticket = value();
     else if (option == "--authid") options.send.authId = value();
     else if (option == "--all-customers") options.send.allCustomers = true;
@@ -104,6 +129,7 @@ Options ParseOptions(int argc, char** argv) {
   }
   if (options.company.empty() && options.store.empty()) Fail("name a --company fixture or a --store");
   if (options.send.forms.empty()) Fail("name at least one --form");
+  if (std::strcmp(argv[1], "send") == 0 && options.gateway.empty()) Fail("name the --gateway URL");
   return options;
 }
 
@@ -139,6 +165,96 @@ int Build(const Options& options) {
   return FAILED(hr) ? 1 : 0;
 }
 
+#if PARCELON_HAVE_NETWORK
+// The failure in the user's words and the exit code: 3 for the network, 4 for a refusal by the
+// gateway, 1 for anything else.
+int Explain(HRESULT hr, std::string& failure) {
+  using namespace parcelon::tools;
+  if (hr == kTicketExpired) failure = "the gateway says the login ticket has expired; log in again";
+  if (hr == kAttachmentRefused) failure = "the gateway refused the attachment";
+  if (hr == kConnectionRefused || hr == kTimedOut || hr == kConnectionBroken || (uint32_t(hr) >> 16) == 0x8019)
+    return 3;
+  if (hr == kTicketExpired || hr == kAttachmentRefused || hr == kFormRefused || (uint32_t(hr) >> 16) == 0xC00C)
+    return 4;
+  return 1;
+}
+
+int Send(const Options& options) {
+  const auto host = OpenHost(options.company, options.store);
+  parcelon::ClassObjectRegistration classes;
+  if (FAILED(classes.Result())) return std::fprintf(stderr, "parcelon: registering the component failed\n"), 1;
+  parcelon::tools::HttpExchange exchange({options.gateway, options.timeoutMs, stderr});
+  parcelon::tools::SendSpec send = options.send;
+  send.exchange = &exchange;
+  std::string transcript, failure;
+  const HRESULT hr = parcelon::tools::RunSend(send, transcript, &failure);
+  std::fputs(transcript.c_str(), stdout);
+  std::fflush(stdout);
+  if (SUCCEEDED(hr)) return 0;
+  const int code = Explain(hr, failure);
+  std::fprintf(stderr,
+               "parcelon: the send failed: %s (0x%08X)\n"
+               "parcelon: the failed pass stamped nothing; what the gateway accepted before it stays stamped\n",
+               failure.c_str(), unsigned(hr));
+  return code;
+}
+
+// The path of the configured address under `key`, else `fallback`.
+std::string ConfiguredPath(const char* key, const char* fallback) {
+  const std::string address = AmbitAccess::GetURLAddress(key);
+  const std::string path = parcelon::tools::AddressOnGateway("", address);
+  return address.empty() || path == "/" ? fallback : path;
+}
+
+int Gateway(int argc, char** argv) {
+  parcelon::tools::GatewayOptions options;
+  options.dataDirectory = ".";
+  for (int i = 2; i < argc; ++i) {
+    const std::string option = argv[i];
+    auto value = [&]() -> std::string {
+      if (i + 1 >= argc) Fail(option + " needs a value");
+      return argv[++i];
+    };
+    if (option == "--port") {
+      const std::string port = value();
+      char* end = nullptr;
+      const long parsed = std::strtol(port.c_str(), &end, 10);
+      if (*end != '\0' || parsed < 0 || parsed > 65535) Fail("--port wants 0 to 65535");
+      options.port = int(parsed);
+    } else if (option == "--data") {
+      options.dataDirectory = value();
+    } else if (option == "--fault") {
+      std::string error;
+      options.faults.emplace_back();
+      if (!parcelon::tools::ParseGatewayFault(value(), options.faults.back(), error)) Fail(error);
+    } else {
+      Fail("unknown option " + option);
+    }
+  }
+  options.formPath = ConfiguredPath("EmailService.FormGatewayURL", "/lxn/forms");
+  options.attachmentPath = ConfiguredPath("EmailService.FormGatewayAttachURL", "/lxn/attachments");
+  // The server's threads inherit the blocked signals; this thread waits for them.
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  std::signal(SIGPIPE, SIG_IGN);
+  std::string error;
+  const auto gateway = parcelon::tools::GatewaySimulator::Start(options, error);
+  if (!gateway) return std::fprintf(stderr, "parcelon: %s\n", error.c_str()), 1;
+  std::printf("%s\n", gateway->Address().c_str());
+  std::fflush(stdout);
+  std::fprintf(stderr, "parcelon: gateway simulator on %s (attachments %s, forms %s, status page /), data in %s/gateway.db\n",
+               gateway->Address().c_str(), options.attachmentPath.c_str(), options.formPath.c_str(),
+               options.dataDirectory.c_str());
+  int received = 0;
+  sigwait(&signals, &received);
+  gateway->Stop();
+  return 0;
+}
+#endif
+
 int Style(int argc, char** argv) {
   std::string templateName, company, store;
   bool withTaxFlag = true;
@@ -171,10 +287,16 @@ int Style(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   if (argc < 2) Fail("name a command");
-  const bool build = std::strcmp(argv[1], "build") == 0;
-  if (!build && std::strcmp(argv[1], "style") != 0) Fail("unknown command");
+  const std::string command = argv[1];
+#if PARCELON_HAVE_NETWORK
+  if (command == "send") return Send(ParseOptions(argc, argv));
+  if (command == "gateway") return Gateway(argc, argv);
+#else
+  if (command == "send" || command == "gateway") Fail("this build sends no requests: use build (the dry run)");
+#endif
+  if (command != "build" && command != "style") Fail("unknown command");
 #ifdef _WIN32
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
 #endif
-  return build ? Build(ParseOptions(argc, argv)) : Style(argc, argv);
+  return command == "build" ? Build(ParseOptions(argc, argv)) : Style(argc, argv);
 }

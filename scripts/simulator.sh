@@ -1,0 +1,15 @@
+# Sourced by the main job and the load test: starts the gateway simulator of the build folder
+# "$build" on a free port, with its data and the scripts' scratch files in "$work", sets "$url" to
+# its address, and stops it and removes "$work" when the script exits.
+work=$(mktemp -d)
+gateway_pid=""
+cleanup() {
+  if [ -n "$gateway_pid" ]; then kill "$gateway_pid" 2>/dev/null || true; wait "$gateway_pid" 2>/dev/null || true; fi
+  rm -rf "$work"
+}
+trap cleanup EXIT
+# The simulator prints its address (a free port on 127.0.0.1) as its first line.
+"$build/parcelon" gateway --port 0 --data "$work/gateway" >"$work/address" 2>"$work/gateway.log" &
+gateway_pid=$!
+for _ in $(seq 100); do [ -s "$work/address" ] && break; sleep 0.1; done
+url=$(head -n 1 "$work/address")
