@@ -78,7 +78,9 @@ bool ValidateRequest(std::string_view document, const std::string& dtdDirectory,
   if (document.size() > kMaxRequestDocumentBytes)
     return Refuse(message, "the document is larger than " + std::to_string(kMaxRequestDocumentBytes) + " bytes");
 
-  xmlInitParser();
+  // Once per process, before any parse: libxml2's global state is then ready for every thread.
+  static const bool initialised = (xmlInitParser(), true);
+  (void)initialised;
   FirstErrorCatcher errors;
   // No network and no external subset: the declaration is read, never followed.
   const std::unique_ptr<xmlDoc, DocFree> doc(

@@ -21,8 +21,8 @@ inline constexpr std::string_view kRequestDtdFiles[] = {"lxmain.dtd", "formgate.
 // with `message` saying why: libxml2's first error with its line ("line 5: Element ... content does
 // not follow the DTD, ..."), or why the document was refused before validation (too large, no
 // declaration, an unknown definition, an internal subset).
-// Safe to call from several threads at once once libxml2 is initialised (xmlInitParser() on the
-// main thread, before they start): the error handler it installs for the call is the thread's own.
+// Safe to call from several threads at once: libxml2 is initialised once, on the first call, and the
+// error handler installed for a call is the calling thread's own.
 bool ValidateRequest(std::string_view document, const std::string& dtdDirectory, std::string& message);
 
 }  // namespace parcelon::tools

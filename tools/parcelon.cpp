@@ -20,6 +20,7 @@
 #include "response/ResponseCodes.h"
 #include "tools/GatewaySimulator.h"
 #include "tools/HttpExchange.h"
+#include "tools/RequestValidator.h"
 #endif
 
 namespace {
@@ -35,8 +36,10 @@ constexpr char kUsage[] =
     "       parcelon send --gateway URL [--timeout SECONDS] (then the options of build)\n"
     "  sends over HTTP to URL, each pass to the path of its configured address; exit 3 when the\n"
     "  network fails (connection, time-out, HTTP status), 4 when the gateway refuses, 1 otherwise\n"
-    "       parcelon gateway [--port N] [--data DIR] [--fault N:WHAT]...\n"
+    "       parcelon gateway [--port N] [--data DIR] [--dtds DIR] [--fault N:WHAT]...\n"
     "  serves a gateway simulator on 127.0.0.1 (port 0 picks a free one; its address is printed);\n"
+    "  form requests are validated against the document type definitions in --dtds (default: the\n"
+    "  source tree's dtds/)\n"
     "  WHAT is status=CODE, expired, http=CODE, drop, malformed, truncated or delay=MS for request N\n"
     "       parcelon style TEMPLATE --company FIXTURE.json [--store STORE.db] [--no-tax-flag]\n"
     "  TEMPLATE is a template's record number or full name\n";
@@ -209,6 +212,7 @@ std::string ConfiguredPath(const char* key, const char* fallback) {
 int Gateway(int argc, char** argv) {
   parcelon::tools::GatewayOptions options;
   options.dataDirectory = ".";
+  std::string dtds = PARCELON_DTD_DIR;
   for (int i = 2; i < argc; ++i) {
     const std::string option = argv[i];
     auto value = [&]() -> std::string {
@@ -223,6 +227,8 @@ int Gateway(int argc, char** argv) {
       options.port = int(parsed);
     } else if (option == "--data") {
       options.dataDirectory = value();
+    } else if (option == "--dtds") {
+      dtds = value();
     } else if (option == "--fault") {
       std::string error;
       options.faults.emplace_back();
@@ -231,6 +237,9 @@ int Gateway(int argc, char** argv) {
       Fail("unknown option " + option);
     }
   }
+  options.validate = [dtds](std::string_view document, std::string& message) {
+    return parcelon::tools::ValidateRequest(document, dtds, message);
+  };
   options.formPath = ConfiguredPath("EmailService.FormGatewayURL", "/lxn/forms");
   options.attachmentPath = ConfiguredPath("EmailService.FormGatewayAttachURL", "/lxn/attachments");
   // The server's threads inherit the blocked signals; this thread waits for them.
@@ -245,9 +254,11 @@ int Gateway(int argc, char** argv) {
   if (!gateway) return std::fprintf(stderr, "parcelon: %s\n", error.c_str()), 1;
   std::printf("%s\n", gateway->Address().c_str());
   std::fflush(stdout);
-  std::fprintf(stderr, "parcelon: gateway simulator on %s (attachments %s, forms %s, status page /), data in %s/gateway.db\n",
+  std::fprintf(stderr,
+               "parcelon: gateway simulator on %s (attachments %s, forms %s, status page /), data in %s/gateway.db, "
+               "document types in %s\n",
                gateway->Address().c_str(), options.attachmentPath.c_str(), options.formPath.c_str(),
-               options.dataDirectory.c_str());
+               options.dataDirectory.c_str(), dtds.c_str());
   int received = 0;
   sigwait(&signals, &received);
   gateway->Stop();

@@ -13,6 +13,7 @@
 #include "response/ResponseCodes.h"
 #include "tools/GatewaySimulator.h"
 #include "tools/HttpExchange.h"
+#include "tools/RequestValidator.h"
 
 namespace parcelon::test {
 namespace {
@@ -73,7 +74,11 @@ class GatewaySendTest : public SampleSendTest {
 
   void Start(const std::vector<std::string>& faults, tools::GatewayOptions options = {}) {
     gateway_.reset();
-    // Each gateway starts empty.
+    // Each gateway starts empty and checks every form request against its document type.
+    if (!options.validate)
+      options.validate = [](std::string_view document, std::string& message) {
+        return tools::ValidateRequest(document, PARCELON_SOURCE_DIR "/dtds", message);
+      };
     options.dataDirectory = ScratchFile("gateway-" + std::to_string(++gateways_));
     for (const std::string& text : faults) {
       std::string error;
@@ -275,19 +280,37 @@ TEST_F(GatewaySendTest, AGatewayThatIsNotThereRefusesTheConnection) {
   EXPECT_EQ("", Stamps());
 }
 
-// A request the validator refuses gets HTTP 400 with the validator's words; a form naming an
-// attachment the gateway never received is refused after its upload was taken (and stamped).
+// Puts the form request's first two children out of order: the gateway's validator refuses it.
+class Misordering final : public tools::PassExchange {
+ public:
+  explicit Misordering(tools::PassExchange& next) : next_(next) {}
+  HRESULT Exchange(const tools::PassRequest& request, tools::PassResponse& response, std::string& error) override {
+    tools::PassRequest changed = request;
+    const size_t auth = changed.body.find("<AuthID>"), company = changed.body.find("<CompanyUID>", auth);
+    const size_t end = changed.body.find('\n', company) + 1;
+    if (!request.attachment && auth != std::string::npos && company != std::string::npos)
+      changed.body = changed.body.substr(0, auth) + changed.body.substr(company, end - company) +
+                     changed.body.substr(auth, company - auth) + changed.body.substr(end);
+    return next_.Exchange(changed, response, error);
+  }
+
+ private:
+  tools::PassExchange& next_;
+};
+
+// A request that breaks its document type gets HTTP 400 with the validator's words; a form naming
+// an attachment the gateway never received is refused after its upload was taken (and stamped).
 TEST_F(GatewaySendTest, RefusedDocumentsAndUnknownAttachments) {
-  tools::GatewayOptions options;
-  options.validate = [](std::string_view document, std::string& message) {
-    if (document.find("<InvoiceEMailRq") == std::string_view::npos) return true;
-    message = "Element InvoiceEMailRq: misplaced";
-    return false;
-  };
-  Start({}, options);
-  EXPECT_EQ(tools::HttpStatusResult(400), Send({PostedInvoice()}));
-  EXPECT_NE(std::string::npos, failure_.find("/lxn/forms: the gateway answered HTTP 400: Element InvoiceEMailRq: misplaced"))
-      << failure_;
+  HttpExchange wire({gateway_->Address(), 30000, nullptr});
+  Misordering misordering(wire);
+  EXPECT_EQ(tools::HttpStatusResult(400), Send({PostedInvoice()}, 30000, &misordering));
+  EXPECT_EQ("pass 2 to " + gateway_->Address() +
+                "/lxn/forms: the gateway answered HTTP 400: line 91: Element InvoiceEMailRq content does not follow the "
+                "DTD, expecting (AuthID? , CompanyUID , EMailData , InvoiceForm , (ServiceStatusData , "
+                "(ServiceStatusData , (ServiceStatusData , ServiceStatusData?)?)?)? , Attachments? , BatchSend), got "
+                "(CompanyUID AuthID EMailData InvoiceForm ServiceStatusData ServiceStatusData ServiceStatusData "
+                "ServiceStatusData Attachments BatchSend )",
+            failure_);
   EXPECT_EQ("", Stamps());
 
   Start({});
