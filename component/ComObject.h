@@ -4,6 +4,7 @@
 #pragma once
 
 #include <new>
+#include <type_traits>
 
 #include "diagnostics/LogIfFailed.h"
 #include "platform/RefCounted.h"
@@ -18,15 +19,33 @@ namespace parcelon {
 // code (the component's DLL); null when that module has none, as a test executable that links the
 // component's library. The caller owns the reference.
 ITypeInfo* TypeInfoOf(REFIID iid);
+
+// Calls member `member` of `object`, an interface without a dispatch part of its own, through
+// its type information `info`, for a script: a method without a return value gives its success
+// code (S_OK 0, S_FALSE 1) as its result; a method call to a property put is the put with the
+// last argument as the value (the form of a script without parametrized properties); and a
+// method whose parameters are all pointers to pointers that no script can pass, called without
+// arguments, is given a place for each and called (its results stay in the object).
+HRESULT InvokeByTypeInfo(IUnknown* object, ITypeInfo* info, DISPID member, WORD flags,
+                         DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception,
+                         UINT* argumentError);
 #endif
 
 // The IDispatch part of a dual interface. On Windows it is served from the type library:
 // names through DispGetIDsOfNames, calls through ITypeInfo::Invoke (DispInvoke) on the
 // interface's own slots. Elsewhere there is no type information and automation by name answers
 // E_NOTIMPL; callers use the interface's slots.
-template <class Interface>
+//
+// `Secondary`, when given, is a second interface of the same object that has no dispatch part
+// of its own (the session's INA_Base chain): a name the dual interface does not know is looked up
+// in the secondary interface's type information, and its DISPID carries kSecondaryMember, so that
+// Invoke calls it through the secondary interface's slots. A secondary method without a return
+// value gives its success code (S_OK 0, S_FALSE 1) as its result, as a script reads it.
+template <class Interface, class Secondary = void>
 class CDispatchStub : public Interface {
  public:
+  static constexpr DISPID kSecondaryMember = 0x08000000;
+
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
     if (!count) return E_POINTER;
     *count = DispatchInfo() ? 1 : 0;
@@ -48,12 +67,27 @@ class CDispatchStub : public Interface {
     if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     ITypeInfo* info = DispatchInfo();
     if (!info) return E_NOTIMPL;
-    return DispGetIDsOfNames(info, names, count, dispIds);
+    const HRESULT hr = DispGetIDsOfNames(info, names, count, dispIds);
+    if constexpr (!std::is_void_v<Secondary>) {
+      ITypeInfo* secondary = SecondaryInfo();
+      if (hr == DISP_E_UNKNOWNNAME && count > 0 && secondary &&
+          SUCCEEDED(DispGetIDsOfNames(secondary, names, count, dispIds)) &&
+          (dispIds[0] & kSecondaryMember) == 0) {
+        dispIds[0] |= kSecondaryMember;
+        return S_OK;
+      }
+    }
+    return hr;
   }
   HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID riid, LCID, WORD flags,
                                    DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception,
                                    UINT* argumentError) override {
     if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+    if constexpr (!std::is_void_v<Secondary>) {
+      if (member & kSecondaryMember)
+        return InvokeSecondary(member & ~kSecondaryMember, flags, params, result, exception,
+                               argumentError);
+    }
     ITypeInfo* info = VtableInfo();
     if (!info) return E_NOTIMPL;
     return DispInvoke(static_cast<Interface*>(this), info, member, flags, params, result,
@@ -91,6 +125,26 @@ class CDispatchStub : public Interface {
       return vtable;
     }();
     return info;
+  }
+  static ITypeInfo* SecondaryInfo() {
+    if constexpr (std::is_void_v<Secondary>) {
+      return nullptr;
+    } else {
+      static ITypeInfo* const info = TypeInfoOf(IidOf<Secondary>());
+      return info;
+    }
+  }
+  HRESULT InvokeSecondary(DISPID member, WORD flags, DISPPARAMS* params, VARIANT* result,
+                          EXCEPINFO* exception, UINT* argumentError) {
+    ITypeInfo* info = SecondaryInfo();
+    if (!info) return DISP_E_MEMBERNOTFOUND;
+    IUnknown* secondary = nullptr;
+    if (FAILED(this->QueryInterface(IidOf<Secondary>(), reinterpret_cast<void**>(&secondary))))
+      return DISP_E_MEMBERNOTFOUND;
+    const HRESULT hr = InvokeByTypeInfo(secondary, info, member, flags, params, result, exception,
+                                        argumentError);
+    secondary->Release();
+    return hr;
   }
 #else
   static ITypeInfo* DispatchInfo() { return nullptr; }

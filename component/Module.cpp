@@ -4,7 +4,7 @@
 
 #include "component/ClassObjects.h"
 #include "component/ComObject.h"
-#include "component/RegistryScript.h"
+#include "platform/RegistryScript.h"
 #include "diagnostics/LogIfFailed.h"
 #include "interfaces/ParcelonInterfaces.h"
 
@@ -79,51 +79,18 @@ constexpr const char* kRegisterPrefix = "Parcelon:DllRegisterServer";
 constexpr const char* kUnregisterPrefix = "Parcelon:DllUnregisterServer";
 
 // The module that holds this code: the component's DLL.
-HMODULE ThisModule() {
-  HMODULE module = nullptr;
-  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                         GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                     reinterpret_cast<LPCWSTR>(&ThisModule), &module);
-  return module;
-}
-
-// The module's path.
-HRESULT ModulePath(std::wstring& path) {
-  wchar_t wide[MAX_PATH + 1];
-  const DWORD length = GetModuleFileNameW(ThisModule(), wide, MAX_PATH + 1);
-  if (length == 0 || length > MAX_PATH) return E_FAIL;
-  path.assign(wide, length);
-  return S_OK;
-}
-
-HRESULT ModulePath(std::string& utf8) {
-  std::wstring path;
-  RETURN_IF_FAILED(ModulePath(path));
-  const int bytes =
-      WideCharToMultiByte(CP_UTF8, 0, path.data(), int(path.size()), nullptr, 0, nullptr, nullptr);
-  utf8.assign(size_t(bytes), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, path.data(), int(path.size()), utf8.data(), bytes, nullptr, nullptr);
-  return S_OK;
-}
+HMODULE ThisModule() { return ModuleOf(reinterpret_cast<const void*>(&ThisModule)); }
 
 // The type library resource of the module, registered or not.
 HRESULT LoadTypeLibrary(REGKIND kind, ITypeLib** library) {
   std::wstring path;
-  RETURN_IF_FAILED(ModulePath(path));
+  RETURN_IF_FAILED(ModulePath(ThisModule(), path));
   return LoadTypeLibEx(path.c_str(), kind, library);
 }
 
 // The keys of the class's registry script resource.
 HRESULT ScriptKeys(const ComponentClass& componentClass, std::vector<RegistryKey>& keys) {
-  const HMODULE module = ThisModule();
-  HRSRC resource = FindResourceW(module, MAKEINTRESOURCEW(componentClass.registryScript), L"REGISTRY");
-  HGLOBAL loaded = resource ? LoadResource(module, resource) : nullptr;
-  const void* text = loaded ? LockResource(loaded) : nullptr;
-  if (!text) return HRESULT_FROM_WIN32(ERROR_RESOURCE_DATA_NOT_FOUND);
-  std::string path;
-  RETURN_IF_FAILED(ModulePath(path));
-  return ReadRegistryScript(std::string_view(static_cast<const char*>(text), SizeofResource(module, resource)),
-                            path, keys);
+  return ModuleScriptKeys(ThisModule(), componentClass.registryScript, keys);
 }
 
 }  // namespace

@@ -21,7 +21,7 @@
 
 // The object is created as parcelon::CComObject<CNA_Forms> (alone) or inside an aggregate
 // (component/ComObject.h), which supply IUnknown.
-class CNA_Forms : public parcelon::CDispatchStub<INA_Forms2>, public INA_Base5 {
+class CNA_Forms : public parcelon::CDispatchStub<INA_Forms2, INA_Base5>, public INA_Base5 {
  public:
   // The send states. A new session is in kNotStarted until Initialize.
   enum SendState : LONG {

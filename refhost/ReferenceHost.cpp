@@ -39,16 +39,42 @@ class ClassFactoryObject final : public ComObject<IClassFactory> {
   Make make_;
 };
 
-// Adapts a factory of interface I to one of IUnknown.
-template <class I, class Factory>
-ClassFactoryObject::Make MakeWith(Factory factory) {
-  return [factory](IUnknown** out) {
-    I* object = nullptr;
-    const HRESULT hr = factory(&object);
-    *out = object;
-    return hr;
-  };
+// Makes an object of one host class for a company and the host's state.
+using MakeObject = HRESULT (*)(const CompanyPtr&, const HostStatePtr&, IUnknown**);
+
+// Adapts a maker of interface I to one of IUnknown.
+template <class I, HRESULT (*make)(const CompanyPtr&, const HostStatePtr&, I**)>
+HRESULT Make(const CompanyPtr& company, const HostStatePtr& state, IUnknown** out) {
+  I* object = nullptr;
+  const HRESULT hr = make(company, state, &object);
+  *out = object;
+  return hr;
 }
+
+// The makers for the services that need only the company.
+template <class I, HRESULT (*make)(const CompanyPtr&, I**)>
+HRESULT WithCompany(const CompanyPtr& company, const HostStatePtr&, I** out) {
+  return make(company, out);
+}
+
+struct HostClass {
+  const CLSID& clsid;
+  MakeObject make;
+};
+
+// The host's classes, each with the maker of its objects.
+constexpr HostClass kHostClasses[] = {
+    {host::CLSID_LXAddIn, Make<ILXApplication, NewApplication>},
+    {host::CLSID_NAAuthTool, Make<INAAuthTool, WithCompany<INAAuthTool, NewAuthTool>>},
+    {host::CLSID_LXInbox, Make<ILXInbox, NewInbox>},
+    {host::CLSID_Base64Coder, Make<IBase64Coder, WithCompany<IBase64Coder, NewBase64Coder>>},
+    {host::CLSID_AmbitAccess, Make<IAmbitAccess, WithCompany<IAmbitAccess, NewAmbitAccess>>},
+    {host::CLSID_FolderService,
+     Make<IFolderService, WithCompany<IFolderService, NewFolderService>>},
+    {host::CLSID_MessageBoxService, Make<IMessageBoxService, NewMessageBoxService>},
+    {host::CLSID_FileRedirectionService,
+     Make<IFileRedirectionService, WithCompany<IFileRedirectionService, NewFileRedirectionService>>},
+};
 
 }  // namespace
 
@@ -164,37 +190,43 @@ std::unique_ptr<ReferenceHost> ReferenceHost::FromStore(const std::string& path,
 }
 #endif
 
+bool ReferenceHost::IsHostClass(REFCLSID clsid) {
+  for (const HostClass& hostClass : kHostClasses)
+    if (IsEqualGUID(hostClass.clsid, clsid)) return true;
+  return false;
+}
+
+HRESULT ReferenceHost::NewClassObject(REFCLSID clsid, IClassFactory** factory) const {
+  *factory = nullptr;
+  for (const HostClass& hostClass : kHostClasses) {
+    if (!IsEqualGUID(hostClass.clsid, clsid)) continue;
+    return CreateObject<ClassFactoryObject>(
+        factory, company_, [company = company_, state = state_, make = hostClass.make](IUnknown** out) {
+          return make(company, state, out);
+        });
+  }
+  return CLASS_E_CLASSNOTAVAILABLE;
+}
+
+HRESULT ReferenceHost::GetClassObject(REFCLSID clsid, REFIID riid, void** ppv) const {
+  if (!ppv) return E_POINTER;
+  *ppv = nullptr;
+  IClassFactory* factory = nullptr;
+  RETURN_IF_FAILED(NewClassObject(clsid, &factory));
+  const HRESULT hr = factory->QueryInterface(riid, ppv);
+  factory->Release();
+  return hr;
+}
+
 HRESULT ReferenceHost::Register() {
   Revoke();
-  const CompanyPtr& c = company_;
-  const HostStatePtr& s = state_;
-  const std::pair<const CLSID*, ClassFactoryObject::Make> classes[] = {
-      {&host::CLSID_LXAddIn,
-       MakeWith<ILXApplication>([c, s](ILXApplication** o) { return NewApplication(c, s, o); })},
-      {&host::CLSID_NAAuthTool,
-       MakeWith<INAAuthTool>([c](INAAuthTool** o) { return NewAuthTool(c, o); })},
-      {&host::CLSID_LXInbox,
-       MakeWith<ILXInbox>([c, s](ILXInbox** o) { return NewInbox(c, s, o); })},
-      {&host::CLSID_Base64Coder,
-       MakeWith<IBase64Coder>([c](IBase64Coder** o) { return NewBase64Coder(c, o); })},
-      {&host::CLSID_AmbitAccess,
-       MakeWith<IAmbitAccess>([c](IAmbitAccess** o) { return NewAmbitAccess(c, o); })},
-      {&host::CLSID_FolderService,
-       MakeWith<IFolderService>([c](IFolderService** o) { return NewFolderService(c, o); })},
-      {&host::CLSID_MessageBoxService, MakeWith<IMessageBoxService>([c, s](IMessageBoxService** o) {
-         return NewMessageBoxService(c, s, o);
-       })},
-      {&host::CLSID_FileRedirectionService,
-       MakeWith<IFileRedirectionService>(
-           [c](IFileRedirectionService** o) { return NewFileRedirectionService(c, o); })},
-  };
-  for (const auto& [clsid, make] : classes) {
+  for (const HostClass& hostClass : kHostClasses) {
     IClassFactory* factory = nullptr;
-    HRESULT hr = CreateObject<ClassFactoryObject>(&factory, company_, make);
+    HRESULT hr = NewClassObject(hostClass.clsid, &factory);
     DWORD cookie = 0;
     if (SUCCEEDED(hr)) {
-      hr =
-          CoRegisterClassObject(*clsid, factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie);
+      hr = CoRegisterClassObject(hostClass.clsid, factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
+                                 &cookie);
       factory->Release();
     }
     if (FAILED(hr)) {

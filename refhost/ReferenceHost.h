@@ -46,6 +46,11 @@ class ReferenceHost {
   HRESULT Register();
   // Revokes what Register registered.
   void Revoke();
+  // Whether `clsid` is one of the host's classes.
+  static bool IsHostClass(REFCLSID clsid);
+  // A class object of the host's class `clsid` as interface `riid`, making objects of this
+  // host's company; CLASS_E_CLASSNOTAVAILABLE for any other class.
+  HRESULT GetClassObject(REFCLSID clsid, REFIID riid, void** ppv) const;
 
   Company& GetCompany() const { return *company_; }
   const CompanyPtr& GetCompanyPtr() const { return company_; }
@@ -63,6 +68,8 @@ class ReferenceHost {
   const std::vector<ShownMessage>& Messages() const { return state_->messages; }
 
  private:
+  HRESULT NewClassObject(REFCLSID clsid, IClassFactory** factory) const;
+
   CompanyPtr company_;
   HostStatePtr state_;
   std::vector<DWORD> cookies_;

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "component/RegistryScript.h"
+#include "platform/RegistryScript.h"
 
 namespace parcelon::test {
 namespace {

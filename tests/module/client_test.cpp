@@ -19,6 +19,7 @@
 #include "refhost/ReferenceHost.h"
 #include "tools/SendDriver.h"
 #include "ModuleLoader.h"
+#include "RegistryTree.h"
 
 namespace {
 
@@ -36,6 +37,28 @@ std::string WithoutRequestIds(const std::string& transcript) {
   static const std::regex requestId(R"re(trnUID="[0-9A-F]{4}(-[0-9A-F]{4}){7}")re");
   return std::regex_replace(transcript, requestId, "trnUID=\"*\"");
 }
+
+// The e-mailed invoice of the whole-send tests, with its transcript.
+parcelon::tools::SendSpec EmailedInvoice() {
+  parcelon::tools::FormSpec form;
+  form.type = naftINVOICE;
+  form.recNum = 1001;
+  form.send = nastEMAIL;
+  form.to = "siobhan@obrien.example";
+  form.cc = "accounts@obrien.example";
+  form.bcc = "archive@harborpine.example";
+  form.from = "office@harborpine.example";
+  form.replyTo = "billing@harborpine.example";
+  form.subject = "Your form from Harbor & Pine";
+  form.text = "Thank you for your business.";
+  form.faxTo = "415-555-0101";
+  form.pdf = kSources + "/samples/invoice-1001.pdf";
+  parcelon::tools::SendSpec plan;
+  plan.forms = {form};
+  return plan;
+}
+const std::string kEmailedInvoiceTranscript =
+    kSources + "/tests/component/sends/invoice-email-cc-bcc-reply.txt";
 
 class ClientTest : public ::testing::Test {
  protected:
@@ -87,25 +110,9 @@ TEST_F(ClientTest, RegisteredClassesRunTheWholeSendAndLetTheModuleGo) {
   ASSERT_EQ(S_OK, CLSIDFromProgID(PARCELON_OLESTR("Parcelon.NA_Form"), &byName));
   EXPECT_TRUE(IsEqualGUID(byName, CLSID_NA_Form));
 
-  parcelon::tools::FormSpec form;
-  form.type = naftINVOICE;
-  form.recNum = 1001;
-  form.send = nastEMAIL;
-  form.to = "siobhan@obrien.example";
-  form.cc = "accounts@obrien.example";
-  form.bcc = "archive@harborpine.example";
-  form.from = "office@harborpine.example";
-  form.replyTo = "billing@harborpine.example";
-  form.subject = "Your form from Harbor & Pine";
-  form.text = "Thank you for your business.";
-  form.faxTo = "415-555-0101";
-  form.pdf = kSources + "/samples/invoice-1001.pdf";
-  parcelon::tools::SendSpec plan;
-  plan.forms = {form};
   std::string transcript;
-  EXPECT_EQ(S_OK, parcelon::tools::RunSend(plan, transcript)) << transcript;
-  EXPECT_EQ(ReadText(kSources + "/tests/component/sends/invoice-email-cc-bcc-reply.txt"),
-            WithoutRequestIds(transcript));
+  EXPECT_EQ(S_OK, parcelon::tools::RunSend(EmailedInvoice(), transcript)) << transcript;
+  EXPECT_EQ(ReadText(kEmailedInvoiceTranscript), WithoutRequestIds(transcript));
   EXPECT_EQ(S_OK, module_.canUnloadNow());
 
   ASSERT_EQ(S_OK, module_.unregisterServer());
@@ -154,59 +161,6 @@ TEST_F(ClientTest, OnlyTheTwoClassesHaveClassObjects) {
 
 #ifdef _WIN32
 
-// Runs `commandLine` and gives its exit code (~0u when it cannot start).
-DWORD RunProcess(std::wstring commandLine) {
-  STARTUPINFOW startup{};
-  startup.cb = sizeof startup;
-  PROCESS_INFORMATION process{};
-  if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                      &startup, &process))
-    return ~0u;
-  WaitForSingleObject(process.hProcess, INFINITE);
-  DWORD code = ~0u;
-  GetExitCodeProcess(process.hProcess, &code);
-  CloseHandle(process.hThread);
-  CloseHandle(process.hProcess);
-  return code;
-}
-
-// The tree of HKCR\`path`, one line per key in name order: its path, " = " and its default
-// value when it has one, then one line ":name = value" per named value.
-void Dump(const std::wstring& path, std::vector<std::wstring>& lines) {
-  HKEY key = nullptr;
-  if (RegOpenKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
-    lines.push_back(path + L" (absent)");
-    return;
-  }
-  std::wstring line = path;
-  std::vector<std::wstring> named;
-  wchar_t name[256];
-  wchar_t data[1024];
-  for (DWORD i = 0;; ++i) {
-    DWORD nameLength = 256, size = sizeof data, type = 0;
-    if (RegEnumValueW(key, i, name, &nameLength, nullptr, &type, reinterpret_cast<BYTE*>(data),
-                      &size) != ERROR_SUCCESS)
-      break;
-    const std::wstring value = type == REG_SZ ? std::wstring(data) : L"(not a string)";
-    if (nameLength == 0)
-      line += L" = " + value;
-    else
-      named.push_back(path + L":" + name + L" = " + value);
-  }
-  std::vector<std::wstring> subkeys;
-  for (DWORD i = 0;; ++i) {
-    DWORD nameLength = 256;
-    if (RegEnumKeyExW(key, i, name, &nameLength, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
-      break;
-    subkeys.push_back(name);
-  }
-  RegCloseKey(key);
-  lines.push_back(line);
-  lines.insert(lines.end(), named.begin(), named.end());
-  std::sort(subkeys.begin(), subkeys.end());
-  for (const std::wstring& subkey : subkeys) Dump(path + L"\\" + subkey, lines);
-}
-
 std::vector<std::wstring> Registration(const std::wstring& progId, const std::wstring& clsid) {
   std::vector<std::wstring> lines;
   Dump(progId, lines);
@@ -217,10 +171,8 @@ std::vector<std::wstring> Registration(const std::wstring& progId, const std::ws
 // regsvr32 in the build's own Wine prefix: exactly the classes' keys and values, with the module
 // as the server's only value, and the type library; regsvr32 /u removes them and leaves CLSID.
 TEST_F(ClientTest, Regsvr32WritesExactlyTheClassesKeysAndRemovesThem) {
-  wchar_t modulePath[MAX_PATH];
-  ASSERT_NE(0u, GetModuleFileNameW(GetModuleHandleW(L"parcelon.dll"), modulePath, MAX_PATH));
-  const std::wstring quoted = L" \"" + std::wstring(modulePath) + L"\"";
-  ASSERT_EQ(0u, RunProcess(L"regsvr32.exe /s" + quoted));
+  const std::wstring modulePath = LoadedModulePath(PARCELON_MODULE_PATH);
+  ASSERT_EQ(0u, Regsvr32(modulePath));
   const std::wstring libid = L"{37A2FBF3-1795-4679-94A3-A153F1A8BB54}";
   for (const auto& [name, clsid] :
        {std::pair<std::wstring, std::wstring>{L"NA_Forms", L"{37A2FC00-1795-4679-94A3-A153F1A8BB54}"},
@@ -244,7 +196,7 @@ TEST_F(ClientTest, Regsvr32WritesExactlyTheClassesKeysAndRemovesThem) {
   Dump(L"TypeLib\\" + libid + L"\\1.0", typeLibrary);
   EXPECT_EQ(L"TypeLib\\" + libid + L"\\1.0 = PARCELONLib", typeLibrary.front());
 
-  ASSERT_EQ(0u, RunProcess(L"regsvr32.exe /s /u" + quoted));
+  ASSERT_EQ(0u, Regsvr32(modulePath, true));
   for (const auto& [progId, clsid] :
        {std::pair<std::wstring, std::wstring>{L"Parcelon.NA_Forms", L"{37A2FC00-1795-4679-94A3-A153F1A8BB54}"},
         {L"Parcelon.NA_Form", L"{37A2FC02-1795-4679-94A3-A153F1A8BB54}"}}) {
@@ -257,6 +209,72 @@ TEST_F(ClientTest, Regsvr32WritesExactlyTheClassesKeysAndRemovesThem) {
   HKEY classes = nullptr;
   ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(HKEY_CLASSES_ROOT, L"CLSID", 0, KEY_READ, &classes));
   RegCloseKey(classes);
+}
+
+// The host's classes, each CLSID with its description, as refhost.dll registers them.
+const std::pair<std::wstring, std::wstring> kHostClasses[] = {
+    {L"{6915CD3B-C996-4A07-B8DF-5CECB68DCBAA}", L"Reference host application"},
+    {L"{550E1AB5-5162-498D-82E3-419B69D2E31E}", L"Reference host authentication tool"},
+    {L"{4844F3F7-2161-4AC4-B219-B3B4311782AA}", L"Reference host inbox"},
+    {L"{6623996E-B972-4D72-8EAB-D3B3B1F7B4DA}", L"Reference host base64 coder"},
+    {L"{371050FB-6A0F-472B-A7DF-E42A451CC3FD}", L"Reference host feature settings"},
+    {L"{D0AD6423-2DF8-4D50-9A1F-809EF7A8DC50}", L"Reference host folder service"},
+    {L"{8DD2F611-435E-47EF-95C5-2D83A8978C07}", L"Reference host message box service"},
+    {L"{B291F57E-F141-4503-AE18-982A61DB4900}", L"Reference host file redirection service"},
+};
+
+// regsvr32 on the reference host's server: each host class with its description and the module
+// as its server's only value; regsvr32 /u removes them and leaves CLSID.
+TEST(RefHostServer, Regsvr32WritesExactlyTheHostsClassesAndRemovesThem) {
+  const std::wstring modulePath = LoadedModulePath(PARCELON_REFHOST_MODULE_PATH);
+  ASSERT_FALSE(modulePath.empty()) << "cannot load " << PARCELON_REFHOST_MODULE_PATH;
+  ASSERT_EQ(0u, Regsvr32(modulePath));
+  for (const auto& [clsid, description] : kHostClasses) {
+    std::vector<std::wstring> lines;
+    Dump(L"CLSID\\" + clsid, lines);
+    EXPECT_EQ((std::vector<std::wstring>{L"CLSID\\" + clsid + L" = " + description,
+                                         L"CLSID\\" + clsid + L"\\InprocServer32 = " + modulePath}),
+              lines);
+  }
+  ASSERT_EQ(0u, Regsvr32(modulePath, true));
+  for (const auto& [clsid, description] : kHostClasses) {
+    std::vector<std::wstring> lines;
+    Dump(L"CLSID\\" + clsid, lines);
+    EXPECT_EQ(std::vector<std::wstring>{L"CLSID\\" + clsid + L" (absent)"}, lines);
+  }
+  HKEY classes = nullptr;
+  ASSERT_EQ(ERROR_SUCCESS, RegOpenKeyExW(HKEY_CLASSES_ROOT, L"CLSID", 0, KEY_READ, &classes));
+  RegCloseKey(classes);
+}
+
+// A client that finds both servers through the registry alone: the component's classes from
+// parcelon.dll and the host's from refhost.dll, on the company PARCELON_COMPANY names.
+TEST_F(ClientTest, BothRegisteredServersRunTheWholeSend) {
+  host_->Revoke();
+  const std::wstring component = LoadedModulePath(PARCELON_MODULE_PATH);
+  const std::wstring refhost = LoadedModulePath(PARCELON_REFHOST_MODULE_PATH);
+  ASSERT_EQ(0u, Regsvr32(component));
+  ASSERT_EQ(0u, Regsvr32(refhost));
+  parcelon::SetEnv("PARCELON_COMPANY", (kSources + "/samples/sample-company.json").c_str());
+  std::string transcript;
+  EXPECT_EQ(S_OK, parcelon::tools::RunSend(EmailedInvoice(), transcript)) << transcript;
+  EXPECT_EQ(ReadText(kEmailedInvoiceTranscript), WithoutRequestIds(transcript));
+  EXPECT_EQ(S_OK, module_.canUnloadNow());
+  EXPECT_EQ(0u, Regsvr32(component, true));
+  EXPECT_EQ(0u, Regsvr32(refhost, true));
+}
+
+// The host's server has class objects for the host's classes only.
+TEST(RefHostServer, HasClassObjectsOnlyForTheHostsClasses) {
+  HMODULE refhost = LoadLibraryA(PARCELON_REFHOST_MODULE_PATH);
+  ASSERT_TRUE(refhost);
+  const auto getClassObject = reinterpret_cast<GetClassObjectEntry>(
+      reinterpret_cast<void*>(GetProcAddress(refhost, "DllGetClassObject")));
+  ASSERT_TRUE(getClassObject);
+  void* factory = &factory;
+  EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
+            getClassObject(CLSID_NA_Forms, IidOf<IClassFactory>(), &factory));
+  EXPECT_EQ(nullptr, factory);
 }
 
 #endif  // _WIN32

@@ -199,6 +199,36 @@ TEST(Dispatch, CallsBothClassesByName) {
   VariantClear(&result);
 }
 
+// The session's INA_Base chain, which has no dispatch part of its own, by name through the
+// session's IDispatch: its members' DISPIDs are apart from INA_Forms2's, its calls convert and
+// refuse arguments as the type library says, and an unknown member of it is not found.
+TEST(Dispatch, ReachesTheSessionsSecondChainByName) {
+  ComApartment apartment;
+  const ComPtr<IDispatch> session = Created(CLSID_NA_Forms);
+  ASSERT_TRUE(session);
+  const DISPID initialize = IdOf(session.Get(), L"Initialize");
+  EXPECT_NE(0, initialize & 0x08000000) << initialize;
+  EXPECT_EQ(0, IdOf(session.Get(), L"UploadScope") & 0x08000000);
+
+  VARIANT result;
+  ASSERT_EQ(S_OK, Get(session.Get(), L"LoginType", result));
+  EXPECT_EQ(VT_I4, result.vt);
+
+  VARIANT index;
+  index.vt = VT_BSTR;
+  index.bstrVal = SysAllocString(L"not a number");
+  DISPPARAMS oneArgument{&index, nullptr, 1, 0};
+  VariantInit(&result);
+  EXPECT_EQ(DISP_E_TYPEMISMATCH,
+            session->Invoke(IdOf(session.Get(), L"ResponseHeaderParamName"), IID_NULL, 0,
+                            DISPATCH_PROPERTYGET, &oneArgument, &result, nullptr, nullptr));
+  VariantClear(&index);
+
+  DISPPARAMS none{};
+  EXPECT_EQ(DISP_E_MEMBERNOTFOUND, session->Invoke(initialize | 0x7F00, IID_NULL, 0, DISPATCH_METHOD,
+                                                   &none, nullptr, nullptr, nullptr));
+}
+
 // One function as a line
 
 // A type of the library as text, in the C++ terms of TypeText.

@@ -1,5 +1,6 @@
-// The registry scripts of the component's classes: a reader of their text into the keys they
-// write under the classes root, so that registration and its tests share one reading.
+// Registry scripts of an in-process server's classes: a reader of their text into the keys they
+// write under the classes root, so that registration and its tests share one reading, and (on
+// Windows) the writing and removal of a module's script resources.
 //
 // The text is a tree of keys: `HKCR { ... }` holds keys written as
 //   [NoRemove|ForceRemove] name [= s 'value'] [{ subkeys }]
@@ -39,6 +40,15 @@ void DeleteCreatedKeys(const std::vector<std::wstring>& created);
 // Removes what `keys` wrote: every key with its tree, except NoRemove keys, of which only the
 // subkeys are visited. A key that is not there is no failure.
 HRESULT DeleteRegistryKeys(const std::vector<RegistryKey>& keys);
+
+// The module (DLL or executable) whose image holds `address`: a server passes one of its own
+// functions to find itself.
+HMODULE ModuleOf(const void* address);
+// The path of `module`.
+HRESULT ModulePath(HMODULE module, std::wstring& path);
+// The keys of `module`'s registry script resource `id` (type "REGISTRY"), "%MODULE%" read as
+// the module's path.
+HRESULT ModuleScriptKeys(HMODULE module, int id, std::vector<RegistryKey>& keys);
 #endif
 
 }  // namespace parcelon

@@ -1,4 +1,4 @@
-#include "component/RegistryScript.h"
+#include "platform/RegistryScript.h"
 
 #include <cctype>
 
@@ -211,6 +211,37 @@ void DeleteCreatedKeys(const std::vector<std::wstring>& created) {
 
 HRESULT DeleteRegistryKeys(const std::vector<RegistryKey>& keys) {
   return DeleteKeys(HKEY_CLASSES_ROOT, keys);
+}
+
+HMODULE ModuleOf(const void* address) {
+  HMODULE module = nullptr;
+  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                         GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                     static_cast<LPCWSTR>(address), &module);
+  return module;
+}
+
+HRESULT ModulePath(HMODULE module, std::wstring& path) {
+  wchar_t wide[MAX_PATH + 1];
+  const DWORD length = GetModuleFileNameW(module, wide, MAX_PATH + 1);
+  if (length == 0 || length > MAX_PATH) return E_FAIL;
+  path.assign(wide, length);
+  return S_OK;
+}
+
+HRESULT ModuleScriptKeys(HMODULE module, int id, std::vector<RegistryKey>& keys) {
+  HRSRC resource = FindResourceW(module, MAKEINTRESOURCEW(id), L"REGISTRY");
+  HGLOBAL loaded = resource ? LoadResource(module, resource) : nullptr;
+  const void* text = loaded ? LockResource(loaded) : nullptr;
+  if (!text) return HRESULT_FROM_WIN32(ERROR_RESOURCE_DATA_NOT_FOUND);
+  std::wstring path;
+  if (FAILED(ModulePath(module, path))) return E_FAIL;
+  const int bytes =
+      WideCharToMultiByte(CP_UTF8, 0, path.data(), int(path.size()), nullptr, 0, nullptr, nullptr);
+  std::string utf8(size_t(bytes), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, path.data(), int(path.size()), utf8.data(), bytes, nullptr, nullptr);
+  return ReadRegistryScript(
+      std::string_view(static_cast<const char*>(text), SizeofResource(module, resource)), utf8, keys);
 }
 
 }  // namespace parcelon
