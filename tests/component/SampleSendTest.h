@@ -7,26 +7,12 @@
 
 #include "component/ClassObjects.h"
 #include "forms/FormsTestHost.h"
+#include "support/SampleForms.h"
 #include "tools/SendDriver.h"
 
 namespace parcelon::test {
 
 inline const std::string kSources = PARCELON_SOURCE_DIR;
-
-// A form of the sample company to its customer, with the sample's PDF.
-inline tools::FormSpec SampleForm(NAFormType type, LONG recNum, NASendType send) {
-  tools::FormSpec form;
-  form.type = type;
-  form.recNum = recNum;
-  form.send = send;
-  form.to = "siobhan@obrien.example";
-  form.from = "office@harborpine.example";
-  form.subject = "Your form from Harbor & Pine";
-  form.text = "Thank you for your business.";
-  form.faxTo = "415-555-0101";
-  form.pdf = kSources + "/samples/invoice-1001.pdf";
-  return form;
-}
 
 class SampleSendTest : public FormsTest {
  protected:

@@ -18,6 +18,7 @@
 #include "platform/Paths.h"
 #include "refhost/ReferenceHost.h"
 #include "tools/SendDriver.h"
+#include "../support/SampleForms.h"
 #include "ModuleLoader.h"
 #include "RegistryTree.h"
 
@@ -40,19 +41,10 @@ std::string WithoutRequestIds(const std::string& transcript) {
 
 // The e-mailed invoice of the whole-send tests, with its transcript.
 parcelon::tools::SendSpec EmailedInvoice() {
-  parcelon::tools::FormSpec form;
-  form.type = naftINVOICE;
-  form.recNum = 1001;
-  form.send = nastEMAIL;
-  form.to = "siobhan@obrien.example";
+  parcelon::tools::FormSpec form = parcelon::test::SampleForm(naftINVOICE, 1001, nastEMAIL);
   form.cc = "accounts@obrien.example";
   form.bcc = "archive@harborpine.example";
-  form.from = "office@harborpine.example";
   form.replyTo = "billing@harborpine.example";
-  form.subject = "Your form from Harbor & Pine";
-  form.text = "Thank you for your business.";
-  form.faxTo = "415-555-0101";
-  form.pdf = kSources + "/samples/invoice-1001.pdf";
   parcelon::tools::SendSpec plan;
   plan.forms = {form};
   return plan;
