@@ -144,11 +144,7 @@ void CheckDocument(const XMLBuilder& builder, const std::vector<Expected>& expec
 
   // The text handed out must be the buffer's bytes, each as its code page character.
   BSTR handed = nullptr;
-  try {
-    builder.GetXMLAsBSTR(&handed);
-  } catch (const ComError& error) {
-    Finding("GetXMLAsBSTR failed: " + std::to_string(error.Error()));
-  }
+  if (const HRESULT hr = builder.GetXMLAsBSTR(&handed); FAILED(hr)) Finding("GetXMLAsBSTR failed: " + std::to_string(hr));
   const Bstr owned = Bstr::Attach(handed);
   std::string back;
   parcelon::WideToAnsi(owned.Get(), owned.Length(), back);

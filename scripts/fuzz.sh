@@ -10,7 +10,7 @@ seconds="${1:-15}"
 shift || true
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
-  targets=(xml_writer decimal ole_date code_page settings fixture cookie response)
+  targets=(xml_writer decimal ole_date code_page settings fixture cookie response gateway_request)
 fi
 
 cmake --preset fuzz >/dev/null
