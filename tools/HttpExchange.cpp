@@ -9,9 +9,18 @@ namespace parcelon::tools {
 
 namespace {
 
+// The answer's body, up to kMaxResponseBytes; more ends the transfer (a write error for libcurl).
+struct BodyCollector {
+  std::string& body;
+  bool tooLong = false;
+};
+
 size_t CollectBody(char* data, size_t size, size_t count, void* out) {
-  static_cast<std::string*>(out)->append(data, size * count);
-  return size * count;
+  auto& collector = *static_cast<BodyCollector*>(out);
+  const size_t bytes = size * count;
+  if (bytes > kMaxResponseBytes - collector.body.size()) return collector.tooLong = true, 0;
+  collector.body.append(data, bytes);
+  return bytes;
 }
 
 // Header lines "Name: value"; a new status line (after a 100 Continue) starts them again.
@@ -91,7 +100,10 @@ HRESULT HttpExchange::Exchange(const PassRequest& request, PassResponse& respons
   curl_easy_setopt(curl, CURLOPT_TIMEOUT_MS, options_.timeoutMs);
   curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT_MS, options_.timeoutMs);
   curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, CollectBody);
-  curl_easy_setopt(curl, CURLOPT_WRITEDATA, &response.body);
+  BodyCollector body{response.body};
+  curl_easy_setopt(curl, CURLOPT_WRITEDATA, &body);
+  // An answer that declares a longer body is refused before any of it is read.
+  curl_easy_setopt(curl, CURLOPT_MAXFILESIZE_LARGE, curl_off_t(kMaxResponseBytes));
   curl_easy_setopt(curl, CURLOPT_HEADERFUNCTION, CollectHeader);
   curl_easy_setopt(curl, CURLOPT_HEADERDATA, &response);
   curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, curlError);
@@ -109,6 +121,11 @@ HRESULT HttpExchange::Exchange(const PassRequest& request, PassResponse& respons
                  request.form, request.forms, request.pass, request.attachment ? "attachment" : "form",
                  request.body.size(), response.body.size(), seconds * 1000);
   const std::string pass = "pass " + std::to_string(request.pass) + " to " + url;
+  if (body.tooLong || code == CURLE_FILESIZE_EXCEEDED) {
+    response.body = std::string();
+    error = pass + ": the answer is longer than " + std::to_string(kMaxResponseBytes) + " bytes";
+    return kConnectionBroken;
+  }
   if (code != CURLE_OK) {
     const HRESULT hr = WireResult(code);
     error = pass + ": " +

@@ -18,6 +18,10 @@ inline constexpr HRESULT kConnectionBroken = HRESULT(0x80072EFEL);   // connecti
 // An HTTP status of 300 or more: 0x8019 and the status, as Windows' HTTP_E_STATUS_ codes.
 inline HRESULT HttpStatusResult(int status) { return HRESULT(0x80190000L | (status & 0xFFFF)); }
 
+// The longest answer a pass reads: a gateway answers with status documents of a few kilobytes, so
+// anything near this is a gateway gone wrong, and reading on would only exhaust memory.
+inline constexpr size_t kMaxResponseBytes = size_t(16) << 20;
+
 // The configured address `configured` moved onto `gateway`: the gateway's scheme, host and port
 // with the configured address's path ("http://127.0.0.1:8080" and
 // "https://forms.gateway.example/lxn/forms" give "http://127.0.0.1:8080/lxn/forms").

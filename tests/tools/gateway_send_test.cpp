@@ -3,8 +3,10 @@
 // in the gateway's answers ends the send. After every sequence the gateway's copy of each record
 // the forms refer to equals what the host would upload now.
 #include <gtest/gtest.h>
+#include <httplib.h>
 
 #include <memory>
+#include <thread>
 #include <string>
 #include <vector>
 
@@ -319,6 +321,57 @@ TEST_F(GatewaySendTest, RefusedDocumentsAndUnknownAttachments) {
   EXPECT_EQ(tools::kFormRefused, Send({PostedInvoice()}, 30000, &formsOnly));
   EXPECT_EQ("the gateway refused form 1 (InvoiceEMailRs): status 13102, \"Attachment ATT000001 is unknown.\"", failure_);
   EXPECT_EQ("term 2 name 100 ", Stamps());
+}
+
+// A gateway gone wrong answers more than any pass reads: the pass ends with the limit in words,
+// whether the answer declares its length or streams without end; an answer of the limit is read.
+TEST(HttpExchangeTest, AnAnswerLongerThanTheLimitEndsThePass) {
+  httplib::Server server;
+  const std::string atTheLimit(tools::kMaxResponseBytes, 'x');
+  server.Post("/at-the-limit", [&](const httplib::Request&, httplib::Response& r) { r.set_content(atTheLimit, "text/plain"); });
+  server.Post("/one-more", [&](const httplib::Request&, httplib::Response& r) {
+    r.set_content(atTheLimit + "x", "text/plain");
+  });
+  const auto zeros = [](size_t, httplib::DataSink& sink) {
+    static const std::string chunk(1 << 16, '0');
+    return sink.write(chunk.data(), chunk.size());
+  };
+  server.Post("/declared", [&](const httplib::Request&, httplib::Response& r) {
+    r.set_content_provider(size_t(4) << 30, "text/plain", [&](size_t offset, size_t, httplib::DataSink& sink) {
+      return zeros(offset, sink);
+    });
+  });
+  server.Post("/endless", [&](const httplib::Request&, httplib::Response& r) {
+    r.set_chunked_content_provider("text/plain", zeros);
+  });
+  const int port = server.bind_to_any_port("127.0.0.1");
+  ASSERT_GT(port, 0);
+  std::thread serving([&] { server.listen_after_bind(); });
+  const std::string address = "http://127.0.0.1:" + std::to_string(port);
+  const struct {
+    const char* path;
+    HRESULT hr;
+    const char* error;
+  } cases[] = {
+      {"/at-the-limit", S_OK, ""},
+      {"/one-more", tools::kConnectionBroken, ": the answer is longer than 16777216 bytes"},
+      {"/declared", tools::kConnectionBroken, ": the answer is longer than 16777216 bytes"},
+      {"/endless", tools::kConnectionBroken, ": the answer is longer than 16777216 bytes"},
+  };
+  HttpExchange http({address, 30000, nullptr});
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.path);
+    tools::PassRequest request;
+    request.pass = 1;
+    request.url = std::string("https://forms.gateway.example") + c.path;
+    tools::PassResponse response;
+    std::string error;
+    EXPECT_EQ(c.hr, http.Exchange(request, response, error));
+    EXPECT_EQ(*c.error ? "pass 1 to " + address + c.path + c.error : "", error);
+    EXPECT_EQ(c.hr == S_OK ? tools::kMaxResponseBytes : 0, response.body.size());
+  }
+  server.stop();
+  serving.join();
 }
 
 TEST(GatewayFaultTest, FaultsReadFromTheCommandLine) {
