@@ -96,7 +96,20 @@ std::string GatewayStore::ApplyUpload(const ReceivedRequest& upload, UploadCount
   const std::lock_guard lock(mutex_);
   counts = {};
   if (upload.companyUID.empty()) return error = "the data upload names no CompanyUID", "";
-  Exec("BEGIN IMMEDIATE");
+  // The whole upload or nothing: a step that fails says why, then rolls back the steps before it.
+  const auto failed = [&](const char* what) {
+    error = std::string("cannot keep ") + what + ": " + sqlite3_errmsg(db_);
+    Exec("ROLLBACK");
+    counts = {};
+    return std::string();
+  };
+  if (!Exec("BEGIN IMMEDIATE")) return error = std::string("cannot start the upload: ") + sqlite3_errmsg(db_), "";
+  sqlite3_int64 uploadNumber = 0;
+  {
+    Statement next(db_, "SELECT COUNT(*) + 1 FROM uploads");
+    if (!next.Step()) return failed("the upload");
+    uploadNumber = next.Int(0);
+  }
   for (const UploadedRecord& record : upload.records) {
     Statement existing(db_, "SELECT state FROM records WHERE company_uid = ? AND kind = ? AND client_id = ?");
     existing.Bind(1, upload.companyUID).Bind(2, record.kind).Bind(3, record.clientId);
@@ -104,29 +117,31 @@ std::string GatewayStore::ApplyUpload(const ReceivedRequest& upload, UploadCount
     const bool wasRemoved = known && existing.Text(0) == "removed";
     const char* state = record.removed ? "removed" : known && !wasRemoved ? "changed" : "added";
     ++(record.removed ? counts.removed : known && !wasRemoved ? counts.changed : counts.added);
-    if (!Statement(db_, "INSERT OR REPLACE INTO records VALUES(?, ?, ?, ?, ?, (SELECT COUNT(*) + 1 FROM uploads))")
+    if (!Statement(db_, "INSERT OR REPLACE INTO records VALUES(?, ?, ?, ?, ?, ?)")
              .Bind(1, upload.companyUID)
              .Bind(2, record.kind)
              .Bind(3, record.clientId)
              .Bind(4, record.text)
              .Bind(5, state)
+             .Bind(6, uploadNumber)
              .Run())
-      return Exec("ROLLBACK"), error = std::string("cannot keep a record: ") + sqlite3_errmsg(db_), "";
+      return failed("a record");
   }
-  Statement(db_, "INSERT INTO uploads(company_uid, added, changed, removed) VALUES(?, ?, ?, ?)")
-      .Bind(1, upload.companyUID)
-      .Bind(2, counts.added)
-      .Bind(3, counts.changed)
-      .Bind(4, counts.removed)
-      .Run();
+  if (!Statement(db_, "INSERT INTO uploads(company_uid, added, changed, removed) VALUES(?, ?, ?, ?)")
+           .Bind(1, upload.companyUID)
+           .Bind(2, counts.added)
+           .Bind(3, counts.changed)
+           .Bind(4, counts.removed)
+           .Run())
+    return failed("the upload");
   char token[32];
   std::snprintf(token, sizeof token, "TOKEN-%04lld", static_cast<long long>(sqlite3_last_insert_rowid(db_)));
   Statement company(db_,
                     "INSERT INTO companies VALUES(?1, ?2, ?3, ?4) ON CONFLICT(uid) DO UPDATE SET"
                     " name = COALESCE(NULLIF(?2, ''), name), text = COALESCE(NULLIF(?3, ''), text), token = ?4");
-  if (!company.Bind(1, upload.companyUID).Bind(2, upload.companyName).Bind(3, upload.companyText).Bind(4, token).Run() ||
-      !Exec("COMMIT"))
-    return Exec("ROLLBACK"), error = std::string("cannot keep the company: ") + sqlite3_errmsg(db_), "";
+  if (!company.Bind(1, upload.companyUID).Bind(2, upload.companyName).Bind(3, upload.companyText).Bind(4, token).Run())
+    return failed("the company");
+  if (!Exec("COMMIT")) return failed("the upload");
   return token;
 }
 
