@@ -11,5 +11,15 @@ trap cleanup EXIT
 # The simulator prints its address (a free port on 127.0.0.1) as its first line.
 "$build/parcelon" gateway --port 0 --data "$work/gateway" >"$work/address" 2>"$work/gateway.log" &
 gateway_pid=$!
-for _ in $(seq 100); do [ -s "$work/address" ] && break; sleep 0.1; done
+# A loaded machine may take a while to start it; one that exits instead stops the script with its log.
+for _ in $(seq 600); do
+  [ "$(wc -l <"$work/address")" -ge 1 ] && break
+  kill -0 "$gateway_pid" 2>/dev/null || break
+  sleep 0.1
+done
 url=$(head -n 1 "$work/address")
+if [ -z "$url" ]; then
+  echo "the gateway simulator did not start:" >&2
+  cat "$work/gateway.log" >&2
+  exit 1
+fi
