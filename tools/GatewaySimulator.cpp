@@ -20,8 +20,6 @@ namespace parcelon::tools {
 
 namespace {
 
-constexpr size_t kMaxRequestBytes = 256u << 20;
-
 // What an answer is given after the request was dealt with.
 struct Answer {
   int http = 200;
@@ -108,6 +106,29 @@ struct GatewaySimulator::State {
   std::condition_variable stopped;
   bool stopping = false;
 
+  // The request's body, read piece by piece up to the limit: a chunked body declares no length,
+  // so the server's own limit never sees it. False with the answer given when it cannot be read
+  // or is longer (413).
+  bool ReadBody(const httplib::ContentReader& reader, std::string& body, httplib::Response& response) const {
+    bool tooLong = false;
+    const bool read = reader([&](const char* data, size_t length) {
+      if (length > options.maxRequestBytes - body.size()) return tooLong = true, false;
+      body.append(data, length);
+      return true;
+    });
+    if (read) return true;
+    body = std::string();
+    if (tooLong || response.status == 413) {
+      response.status = 413;
+      response.set_content("The request is longer than " + std::to_string(options.maxRequestBytes) + " bytes.\n",
+                           "text/plain");
+    } else {
+      response.status = 400;
+      response.set_content("The request's body could not be read.\n", "text/plain");
+    }
+    return false;
+  }
+
   const GatewayFault* FaultFor(int request) const {
     for (const GatewayFault& fault : options.faults)
       if (fault.request == request) return &fault;
@@ -150,7 +171,7 @@ struct GatewaySimulator::State {
     response.set_content(answer.body, answer.contentType);
   }
 
-  void OnAttachment(const httplib::Request& request, httplib::Response& response) {
+  void OnAttachment(const httplib::Request& request, const std::string& body, httplib::Response& response) {
     const GatewayFault* fault = FaultFor(++requests);
     if (Refuse(fault, request, response)) return;
     Answer answer;
@@ -158,7 +179,7 @@ struct GatewaySimulator::State {
       answer.body = Status(fault->status, "AttachmentRs");
     } else {
       const std::string id =
-          store->AddAttachment(request.get_header_value("filename"), request.get_header_value("ticket"), request.body);
+          store->AddAttachment(request.get_header_value("filename"), request.get_header_value("ticket"), body);
       if (id.empty()) {
         answer.http = 500;
         answer.body = "The gateway could not keep the attachment.\n";
@@ -171,14 +192,13 @@ struct GatewaySimulator::State {
     Send(fault, std::move(answer), response);
   }
 
-  void OnForm(const httplib::Request& request, httplib::Response& response) {
+  void OnForm(const httplib::Request& request, const std::string& body, httplib::Response& response) {
     const GatewayFault* fault = FaultFor(++requests);
     if (Refuse(fault, request, response)) return;
     Answer answer;
     std::string message;
     ReceivedRequest received;
-    if ((options.validate && !options.validate(request.body, message)) ||
-        !ReadReceivedRequest(request.body, received, message)) {
+    if ((options.validate && !options.validate(body, message)) || !ReadReceivedRequest(body, received, message)) {
       answer.http = 400;
       answer.body = message + "\n";
       answer.contentType = "text/plain";
@@ -233,10 +253,18 @@ std::unique_ptr<GatewaySimulator> GatewaySimulator::Start(GatewayOptions options
   State* s = state.get();
   // Enough workers for many adapters keeping their connections open at once.
   s->server.new_task_queue = [] { return new httplib::ThreadPool(32); };
-  // A request larger than any send's is refused (413) before it is read into memory.
-  s->server.set_payload_max_length(kMaxRequestBytes);
-  s->server.Post(s->options.attachmentPath, [s](const httplib::Request& q, httplib::Response& r) { s->OnAttachment(q, r); });
-  s->server.Post(s->options.formPath, [s](const httplib::Request& q, httplib::Response& r) { s->OnForm(q, r); });
+  // A request that declares a length over the limit is refused (413) before it is read.
+  s->server.set_payload_max_length(s->options.maxRequestBytes);
+  s->server.Post(s->options.attachmentPath,
+                 [s](const httplib::Request& q, httplib::Response& r, const httplib::ContentReader& reader) {
+                   std::string body;
+                   if (s->ReadBody(reader, body, r)) s->OnAttachment(q, body, r);
+                 });
+  s->server.Post(s->options.formPath,
+                 [s](const httplib::Request& q, httplib::Response& r, const httplib::ContentReader& reader) {
+                   std::string body;
+                   if (s->ReadBody(reader, body, r)) s->OnForm(q, body, r);
+                 });
   s->server.Get("/", [s](const httplib::Request&, httplib::Response& r) {
     r.set_content(s->store->StatusPage(), "text/html; charset=utf-8");
   });

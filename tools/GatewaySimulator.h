@@ -44,6 +44,8 @@ struct GatewayOptions {
   std::string formPath = "/lxn/forms";
   std::string attachmentPath = "/lxn/attachments";
   std::vector<GatewayFault> faults;
+  // The longest request body read (a chunked one included); a longer one is answered 413.
+  size_t maxRequestBytes = size_t(256) << 20;
   // Checks a form request document before anything else; false refuses it with HTTP 400 and
   // `message`. Null accepts every document.
   std::function<bool(std::string_view document, std::string& message)> validate;

@@ -374,6 +374,41 @@ TEST(HttpExchangeTest, AnAnswerLongerThanTheLimitEndsThePass) {
   serving.join();
 }
 
+// The gateway reads no request body longer than its limit, whether the request declares its
+// length or sends it in chunks without one; a body of the limit is read and kept.
+TEST_F(GatewaySendTest, ARequestBodyLongerThanTheLimitIsRefused) {
+  tools::GatewayOptions options;
+  options.maxRequestBytes = 64 << 10;
+  Start({}, options);
+  const std::string refused = "The request is longer than 65536 bytes.\n";
+  const struct {
+    bool chunked;
+    size_t size;
+    int status;
+  } cases[] = {
+      {false, options.maxRequestBytes, 200}, {false, options.maxRequestBytes + 1, 413},
+      {true, options.maxRequestBytes, 200},  {true, options.maxRequestBytes + 1, 413},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.chunked ? "chunked " : "declared ") + std::to_string(c.size));
+    httplib::Client client("127.0.0.1", gateway_->Port());
+    const auto sent =
+        c.chunked ? client.Post("/lxn/attachments",
+                                [&](size_t offset, httplib::DataSink& sink) {
+                                  static const std::string piece(4096, 'a');
+                                  const size_t length = std::min(piece.size(), c.size - offset);
+                                  if (length == 0) return sink.done(), true;
+                                  return sink.write(piece.data(), length);
+                                },
+                                "application/pdf")
+                  : client.Post("/lxn/attachments", std::string(c.size, 'a'), "application/pdf");
+    ASSERT_TRUE(sent) << httplib::to_string(sent.error());
+    EXPECT_EQ(c.status, sent->status);
+    EXPECT_EQ(c.status == 413 ? refused : "", c.status == 413 ? sent->body : "");
+  }
+  EXPECT_EQ(2, gateway_->Store().AttachmentCount());
+}
+
 TEST(GatewayFaultTest, FaultsReadFromTheCommandLine) {
   const struct {
     const char* text;
