@@ -9,6 +9,7 @@ cleanup() {
 }
 trap cleanup EXIT
 # The simulator prints its address (a free port on 127.0.0.1) as its first line.
+: >"$work/address"
 "$build/parcelon" gateway --port 0 --data "$work/gateway" >"$work/address" 2>"$work/gateway.log" &
 gateway_pid=$!
 # A loaded machine may take a while to start it; one that exits instead stops the script with its log.
