@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "tools/PassExchange.h"
 
@@ -53,6 +54,13 @@ class Statement {
   sqlite3_stmt* statement_ = nullptr;
 };
 
+// An attachment's message identifier: "ATT" and its row number in six digits or more.
+std::string AttachmentId(long long row) {
+  char id[32];
+  std::snprintf(id, sizeof id, "ATT%06lld", row);
+  return id;
+}
+
 }  // namespace
 
 std::unique_ptr<GatewayStore> GatewayStore::Open(const std::string& path, std::string& error) {
@@ -81,15 +89,19 @@ std::string GatewayStore::AddAttachment(const std::string& fileName, const std::
            .BindBlob(4, bytes)
            .Run())
     return "";
-  char id[32];
-  std::snprintf(id, sizeof id, "ATT%06lld", static_cast<long long>(sqlite3_last_insert_rowid(db_)));
-  return id;
+  return AttachmentId(sqlite3_last_insert_rowid(db_));
 }
 
 bool GatewayStore::HasAttachment(const std::string& messageId) {
-  if (messageId.size() < 4 || messageId.compare(0, 3, "ATT") != 0) return false;
+  // Only an identifier exactly as the gateway gave it: a stray character or a shortened number
+  // is unknown, as it would be to the real gateway.
+  if (messageId.size() < 4 || messageId.compare(0, 3, "ATT") != 0 || messageId[3] < '0' || messageId[3] > '9')
+    return false;
+  char* end = nullptr;
+  const long long row = std::strtoll(messageId.c_str() + 3, &end, 10);
+  if (AttachmentId(row) != messageId) return false;
   const std::lock_guard lock(mutex_);
-  return Statement(db_, "SELECT 1 FROM attachments WHERE id = CAST(? AS INTEGER)").Bind(1, messageId.substr(3)).Step();
+  return Statement(db_, "SELECT 1 FROM attachments WHERE id = ?").Bind(1, sqlite3_int64(row)).Step();
 }
 
 std::string GatewayStore::ApplyUpload(const ReceivedRequest& upload, UploadCounts& counts, std::string& error) {

@@ -63,5 +63,21 @@ TEST(GatewayStoreTest, AFailedUploadKeepsNothingAndSaysWhy) {
   }
 }
 
+// A form names its attachments by the identifiers the gateway gave: anything else is unknown.
+TEST(GatewayStoreTest, OnlyAnAttachmentIdentifierAsGivenIsKnown) {
+  ScratchFolder folder;
+  std::string error;
+  const auto store = tools::GatewayStore::Open(folder.File("gateway.db"), error);
+  ASSERT_TRUE(store) << error;
+  ASSERT_EQ("ATT000001", store->AddAttachment("a.pdf", "TICKET", "%PDF"));
+  const struct {
+    const char* id;
+    bool known;
+  } cases[] = {{"ATT000001", true},   {"ATT000001 ", false}, {"ATT00000", false}, {"ATT1", false},
+               {"ATT0000010", false}, {"ATT000002", false},  {"att000001", false}, {"ATT+00001", false},
+               {" ATT000001", false}, {"ATT", false},        {"", false}};
+  for (const auto& c : cases) EXPECT_EQ(c.known, store->HasAttachment(c.id)) << '"' << c.id << '"';
+}
+
 }  // namespace
 }  // namespace parcelon::test
