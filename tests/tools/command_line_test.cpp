@@ -20,14 +20,15 @@ const std::string kSources = PARCELON_SOURCE_DIR;
 class GatewayProcess {
  public:
   explicit GatewayProcess(const std::string& arguments) {
+    // Built before the fork: the child of a threaded process may only make async-signal-safe calls.
+    const std::string command = std::string("exec ") + PARCELON_TOOL + " gateway --port 0 " + arguments + " 2>/dev/null";
     int out[2];
     if (pipe(out) != 0) return;
     pid_ = fork();
     if (pid_ == 0) {
       dup2(out[1], 1);
       close(out[0]);
-      execl("/bin/sh", "sh", "-c", (std::string("exec ") + PARCELON_TOOL + " gateway --port 0 " + arguments + " 2>/dev/null").c_str(),
-            static_cast<char*>(nullptr));
+      execl("/bin/sh", "sh", "-c", command.c_str(), static_cast<char*>(nullptr));
       _exit(127);
     }
     close(out[1]);
