@@ -107,9 +107,15 @@ struct GatewaySimulator::State {
   bool stopping = false;
 
   // The request's body, read piece by piece up to the limit: a chunked body declares no length,
-  // so the server's own limit never sees it. False with the answer given when it cannot be read
-  // or is longer (413).
-  bool ReadBody(const httplib::ContentReader& reader, std::string& body, httplib::Response& response) const {
+  // so the server's own limit never sees it. False with the answer given when it cannot be read,
+  // is longer (413) or comes in multipart form parts, which no adapter sends (415).
+  bool ReadBody(const httplib::Request& request, const httplib::ContentReader& reader, std::string& body,
+                httplib::Response& response) const {
+    if (request.is_multipart_form_data()) {
+      response.status = 415;
+      response.set_content("The gateway takes no multipart/form-data requests.\n", "text/plain");
+      return false;
+    }
     bool tooLong = false;
     const bool read = reader([&](const char* data, size_t length) {
       if (length > options.maxRequestBytes - body.size()) return tooLong = true, false;
@@ -258,12 +264,12 @@ std::unique_ptr<GatewaySimulator> GatewaySimulator::Start(GatewayOptions options
   s->server.Post(s->options.attachmentPath,
                  [s](const httplib::Request& q, httplib::Response& r, const httplib::ContentReader& reader) {
                    std::string body;
-                   if (s->ReadBody(reader, body, r)) s->OnAttachment(q, body, r);
+                   if (s->ReadBody(q, reader, body, r)) s->OnAttachment(q, body, r);
                  });
   s->server.Post(s->options.formPath,
                  [s](const httplib::Request& q, httplib::Response& r, const httplib::ContentReader& reader) {
                    std::string body;
-                   if (s->ReadBody(reader, body, r)) s->OnForm(q, body, r);
+                   if (s->ReadBody(q, reader, body, r)) s->OnForm(q, body, r);
                  });
   s->server.Get("/", [s](const httplib::Request&, httplib::Response& r) {
     r.set_content(s->store->StatusPage(), "text/html; charset=utf-8");

@@ -375,8 +375,9 @@ TEST(HttpExchangeTest, AnAnswerLongerThanTheLimitEndsThePass) {
 }
 
 // The gateway reads no request body longer than its limit, whether the request declares its
-// length or sends it in chunks without one; a body of the limit is read and kept.
-TEST_F(GatewaySendTest, ARequestBodyLongerThanTheLimitIsRefused) {
+// length or sends it in chunks without one; a body of the limit is read and kept. A body in
+// multipart form parts is refused unread.
+TEST_F(GatewaySendTest, ARequestBodyLongerThanTheLimitOrInPartsIsRefused) {
   tools::GatewayOptions options;
   options.maxRequestBytes = 64 << 10;
   Start({}, options);
@@ -406,6 +407,11 @@ TEST_F(GatewaySendTest, ARequestBodyLongerThanTheLimitIsRefused) {
     EXPECT_EQ(c.status, sent->status);
     EXPECT_EQ(c.status == 413 ? refused : "", c.status == 413 ? sent->body : "");
   }
+  httplib::Client client("127.0.0.1", gateway_->Port());
+  const auto inParts = client.Post("/lxn/attachments", httplib::MultipartFormDataItems{{"file", "%PDF", "a.pdf", "application/pdf"}});
+  ASSERT_TRUE(inParts) << httplib::to_string(inParts.error());
+  EXPECT_EQ(415, inParts->status);
+  EXPECT_EQ("The gateway takes no multipart/form-data requests.\n", inParts->body);
   EXPECT_EQ(2, gateway_->Store().AttachmentCount());
 }
 
