@@ -67,6 +67,9 @@ class CDispatchStub : public Interface {
     if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     ITypeInfo* info = DispatchInfo();
     if (!info) return E_NOTIMPL;
+    // ITypeInfo::GetIDsOfNames reads the first name whatever the count.
+    if (count == 0) return S_OK;
+    if (!names || !dispIds) return E_INVALIDARG;
     const HRESULT hr = DispGetIDsOfNames(info, names, count, dispIds);
     if constexpr (!std::is_void_v<Secondary>) {
       ITypeInfo* secondary = SecondaryInfo();
@@ -83,6 +86,10 @@ class CDispatchStub : public Interface {
                                    DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception,
                                    UINT* argumentError) override {
     if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+    // ITypeInfo::Invoke reads the arrays as the counts say, without looking at them first.
+    if (!params || (params->cArgs && !params->rgvarg) ||
+        (params->cNamedArgs && !params->rgdispidNamedArgs) || params->cNamedArgs > params->cArgs)
+      return E_INVALIDARG;
     if constexpr (!std::is_void_v<Secondary>) {
       if (member & kSecondaryMember)
         return InvokeSecondary(member & ~kSecondaryMember, flags, params, result, exception,
