@@ -243,6 +243,14 @@ TEST(Dispatch, MalformedCallsEndInAnHResult) {
     argument.vt = VT_BSTR;
     argument.bstrVal = SysAllocString(L"x");
   }
+  // SetResponseHeaderParamValue's value and name, both named: they reach the method, which has
+  // no form to give the message identifier to (and so logs nothing).
+  VARIANT header[2];
+  for (VARIANT& argument : header) VariantInit(&argument);
+  header[0].vt = header[1].vt = VT_BSTR;
+  header[0].bstrVal = SysAllocString(L"messageid=ATT000001 ; Path=/");
+  header[1].bstrVal = SysAllocString(L"Set-Cookie");
+  DISPID valueThenName[] = {1, 0};
   DISPID putId = DISPID_PROPERTYPUT;
   DISPID firstParameter = 0;
   struct Case {
@@ -274,12 +282,10 @@ TEST(Dispatch, MalformedCallsEndInAnHResult) {
        DISP_E_BADPARAMCOUNT},
       {"too few arguments, chain", session.Get(), L"SetResponseHeaderParamValue",
        DISPATCH_METHOD, {arguments, nullptr, 1, 0}, false, DISP_E_BADPARAMCOUNT},
-      // Named arguments reach the method (whose refusal of the header comes back as an
-      // exception).
       {"named argument, dual", form.Get(), L"AddAttachmentFile", DISPATCH_METHOD,
        {arguments, &firstParameter, 1, 1}, false, S_OK},
-      {"named argument, chain", session.Get(), L"SetResponseHeaderParamValue", DISPATCH_METHOD,
-       {arguments, &firstParameter, 2, 1}, false, DISP_E_EXCEPTION},
+      {"named arguments, chain", session.Get(), L"SetResponseHeaderParamValue", DISPATCH_METHOD,
+       {header, valueThenName, 2, 2}, false, DISP_E_EXCEPTION},
       {"put without its name, dual", form.Get(), L"To", DISPATCH_PROPERTYPUT,
        {arguments, nullptr, 1, 0}, false, DISP_E_PARAMNOTFOUND},
       {"put without its name, chain", session.Get(), L"AuthParams", DISPATCH_PROPERTYPUT,
@@ -291,12 +297,18 @@ TEST(Dispatch, MalformedCallsEndInAnHResult) {
     DISPPARAMS params = test.params;
     VARIANT result;
     VariantInit(&result);
+    EXCEPINFO exception{};
     EXPECT_EQ(test.expected,
               test.object->Invoke(IdOf(test.object, test.member), IID_NULL, 0, test.flags,
-                                  test.nullParams ? nullptr : &params, &result, nullptr, nullptr));
+                                  test.nullParams ? nullptr : &params, &result, &exception,
+                                  nullptr));
+    if (test.expected == DISP_E_EXCEPTION) {
+      EXPECT_EQ(E_UNEXPECTED, exception.scode);
+    }
     VariantClear(&result);
   }
   for (VARIANT& argument : arguments) VariantClear(&argument);
+  for (VARIANT& argument : header) VariantClear(&argument);
 }
 
 // Names a client may get wrong: missing arrays, a null name, no names at all, a name neither
