@@ -72,12 +72,16 @@ class CDispatchStub : public Interface {
     if (!names || !dispIds) return E_INVALIDARG;
     const HRESULT hr = DispGetIDsOfNames(info, names, count, dispIds);
     if constexpr (!std::is_void_v<Secondary>) {
+      // Only a member name the dual interface lacks is looked up in the secondary one; a
+      // parameter name it lacks still leaves the member's DISPID, as COM requires.
       ITypeInfo* secondary = SecondaryInfo();
-      if (hr == DISP_E_UNKNOWNNAME && count > 0 && secondary &&
-          SUCCEEDED(DispGetIDsOfNames(secondary, names, count, dispIds)) &&
-          (dispIds[0] & kSecondaryMember) == 0) {
-        dispIds[0] |= kSecondaryMember;
-        return S_OK;
+      if (hr == DISP_E_UNKNOWNNAME && dispIds[0] == DISPID_UNKNOWN && secondary) {
+        const HRESULT found = DispGetIDsOfNames(secondary, names, count, dispIds);
+        if (dispIds[0] != DISPID_UNKNOWN && (dispIds[0] & kSecondaryMember) == 0) {
+          dispIds[0] |= kSecondaryMember;
+          return found;
+        }
+        dispIds[0] = DISPID_UNKNOWN;
       }
     }
     return hr;

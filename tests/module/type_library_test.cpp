@@ -333,6 +333,22 @@ TEST(Dispatch, MalformedNamesEndInAnHResult) {
   }
 }
 
+// A member with a parameter name it does not have: the member's DISPID is given all the same,
+// from either chain of the session, and the unknown name's is DISPID_UNKNOWN.
+TEST(Dispatch, AnUnknownParameterNameLeavesTheMembersId) {
+  ComApartment apartment;
+  const ComPtr<IDispatch> session = Created(CLSID_NA_Forms);
+  ASSERT_TRUE(session);
+  for (const wchar_t* member : {L"RemoveAllForms", L"SetResponseHeaderParamValue"}) {
+    SCOPED_TRACE(Narrow(Bstr(member).Get()));
+    LPOLESTR names[] = {const_cast<LPOLESTR>(member), const_cast<LPOLESTR>(L"noSuchParameter")};
+    DISPID ids[2] = {7, 7};
+    EXPECT_EQ(DISP_E_UNKNOWNNAME, session->GetIDsOfNames(IID_NULL, names, 2, 0, ids));
+    EXPECT_EQ(IdOf(session.Get(), member), ids[0]);
+    EXPECT_EQ(DISPID_UNKNOWN, ids[1]);
+  }
+}
+
 // One function as a line
 
 // A type of the library as text, in the C++ terms of TypeText.
