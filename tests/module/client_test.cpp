@@ -240,16 +240,21 @@ TEST(RefHostServer, Regsvr32WritesExactlyTheHostsClassesAndRemovesThem) {
   RegCloseKey(classes);
 }
 
+// refhost.dll's DllGetClassObject, the module loaded if need be; null when it cannot be.
+GetClassObjectEntry RefHostGetClassObject() {
+  HMODULE refhost = LoadLibraryA(PARCELON_REFHOST_MODULE_PATH);
+  return refhost ? reinterpret_cast<GetClassObjectEntry>(
+                       reinterpret_cast<void*>(GetProcAddress(refhost, "DllGetClassObject")))
+                 : nullptr;
+}
+
 // The host's server loads the company PARCELON_COMPANY names when a class object is first asked
 // for: without the variable, a file, or a fixture it can read, each request fails with a clear
 // HRESULT and a log line (written through the client's own host, which gives the log folder).
 // These run before any test lets the server load the sample company for the process.
 TEST_F(ClientTest, TheHostsServerRefusesAMissingOrUnreadableCompany) {
-  HMODULE refhost = LoadLibraryA(PARCELON_REFHOST_MODULE_PATH);
-  ASSERT_TRUE(refhost);
-  const auto getClassObject = reinterpret_cast<GetClassObjectEntry>(
-      reinterpret_cast<void*>(GetProcAddress(refhost, "DllGetClassObject")));
-  ASSERT_TRUE(getClassObject);
+  const GetClassObjectEntry getClassObject = RefHostGetClassObject();
+  ASSERT_TRUE(getClassObject) << "cannot load " << PARCELON_REFHOST_MODULE_PATH;
   const std::string scratch = PARCELON_SCRATCH_DIR;
   host_->SetLogFolder(scratch + "/refhost-log/");
   CreateDirectoryA((scratch + "/refhost-log").c_str(), nullptr);
@@ -307,11 +312,8 @@ TEST_F(ClientTest, BothRegisteredServersRunTheWholeSend) {
 
 // The host's server has class objects for the host's classes only.
 TEST(RefHostServer, HasClassObjectsOnlyForTheHostsClasses) {
-  HMODULE refhost = LoadLibraryA(PARCELON_REFHOST_MODULE_PATH);
-  ASSERT_TRUE(refhost);
-  const auto getClassObject = reinterpret_cast<GetClassObjectEntry>(
-      reinterpret_cast<void*>(GetProcAddress(refhost, "DllGetClassObject")));
-  ASSERT_TRUE(getClassObject);
+  const GetClassObjectEntry getClassObject = RefHostGetClassObject();
+  ASSERT_TRUE(getClassObject) << "cannot load " << PARCELON_REFHOST_MODULE_PATH;
   void* factory = &factory;
   EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
             getClassObject(CLSID_NA_Forms, IidOf<IClassFactory>(), &factory));
