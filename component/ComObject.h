@@ -67,14 +67,21 @@ class CDispatchStub : public Interface {
     if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     ITypeInfo* info = DispatchInfo();
     if (!info) return E_NOTIMPL;
+    // ITypeInfo::GetIDsOfNames reads the first name whatever the count.
+    if (count == 0) return S_OK;
+    if (!names || !dispIds) return E_INVALIDARG;
     const HRESULT hr = DispGetIDsOfNames(info, names, count, dispIds);
     if constexpr (!std::is_void_v<Secondary>) {
+      // Only a member name the dual interface lacks is looked up in the secondary one; a
+      // parameter name it lacks still leaves the member's DISPID, as COM requires.
       ITypeInfo* secondary = SecondaryInfo();
-      if (hr == DISP_E_UNKNOWNNAME && count > 0 && secondary &&
-          SUCCEEDED(DispGetIDsOfNames(secondary, names, count, dispIds)) &&
-          (dispIds[0] & kSecondaryMember) == 0) {
-        dispIds[0] |= kSecondaryMember;
-        return S_OK;
+      if (hr == DISP_E_UNKNOWNNAME && dispIds[0] == DISPID_UNKNOWN && secondary) {
+        const HRESULT found = DispGetIDsOfNames(secondary, names, count, dispIds);
+        if (dispIds[0] != DISPID_UNKNOWN && (dispIds[0] & kSecondaryMember) == 0) {
+          dispIds[0] |= kSecondaryMember;
+          return found;
+        }
+        dispIds[0] = DISPID_UNKNOWN;
       }
     }
     return hr;
@@ -83,6 +90,10 @@ class CDispatchStub : public Interface {
                                    DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception,
                                    UINT* argumentError) override {
     if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+    // ITypeInfo::Invoke reads the arrays as the counts say, without looking at them first.
+    if (!params || (params->cArgs && !params->rgvarg) ||
+        (params->cNamedArgs && !params->rgdispidNamedArgs) || params->cNamedArgs > params->cArgs)
+      return E_INVALIDARG;
     if constexpr (!std::is_void_v<Secondary>) {
       if (member & kSecondaryMember)
         return InvokeSecondary(member & ~kSecondaryMember, flags, params, result, exception,

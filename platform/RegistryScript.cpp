@@ -42,6 +42,9 @@ class ScriptReader {
       }
       if (!quoted && (token == "{" || token == "}" || token == "=" || token == "val"))
         return kMalformedScript;
+      // An empty name opens (and a removal deletes) the parent itself; a backslash makes a path
+      // whose upper keys no removal would find.
+      if (token.empty() || token.find('\\') != std::string::npos) return kMalformedScript;
       key.name = token;
       if (!Next(token, quoted)) return kMalformedScript;
       if (!quoted && token == "=") {

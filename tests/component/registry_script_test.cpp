@@ -96,6 +96,8 @@ TEST(RegistryScript, RefusesTextOutsideTheScriptsForm) {
            "HKCR\n{\n  NoRemove\n}\n",           // a mark without a key
            "HKCR\n{\n  {\n  }\n}\n",             // a block without a key
            "HKCR",                               // no block
+           "HKCR\n{\n  ForceRemove ''\n}\n",      // an empty name: the root itself
+           "HKCR\n{\n  'A\\B' = s 'x'\n}\n",     // a path, not one key's name
        }) {
     SCOPED_TRACE(text);
     std::vector<RegistryKey> keys(1);

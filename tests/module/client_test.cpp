@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <memory>
 #include <regex>
@@ -239,6 +240,59 @@ TEST(RefHostServer, Regsvr32WritesExactlyTheHostsClassesAndRemovesThem) {
   RegCloseKey(classes);
 }
 
+// refhost.dll's DllGetClassObject, the module loaded if need be; null when it cannot be.
+GetClassObjectEntry RefHostGetClassObject() {
+  HMODULE refhost = LoadLibraryA(PARCELON_REFHOST_MODULE_PATH);
+  return refhost ? reinterpret_cast<GetClassObjectEntry>(
+                       reinterpret_cast<void*>(GetProcAddress(refhost, "DllGetClassObject")))
+                 : nullptr;
+}
+
+// The host's server loads the company PARCELON_COMPANY names when a class object is first asked
+// for: without the variable, a file, or a fixture it can read, each request fails with a clear
+// HRESULT and a log line (written through the client's own host, which gives the log folder).
+// These run before any test lets the server load the sample company for the process.
+TEST_F(ClientTest, TheHostsServerRefusesAMissingOrUnreadableCompany) {
+  const GetClassObjectEntry getClassObject = RefHostGetClassObject();
+  ASSERT_TRUE(getClassObject) << "cannot load " << PARCELON_REFHOST_MODULE_PATH;
+  const std::string scratch = PARCELON_SCRATCH_DIR;
+  host_->SetLogFolder(scratch + "/refhost-log/");
+  CreateDirectoryA((scratch + "/refhost-log").c_str(), nullptr);
+  const std::string malformed = scratch + "/malformed-company.json";
+  std::ofstream(malformed, std::ios::binary) << "{ \"company\": ";
+  const struct {
+    const char* what;
+    std::string company;
+    HRESULT expected;
+    std::string logged;
+  } cases[] = {
+      {"no variable", "", HRESULT_FROM_WIN32(ERROR_ENVVAR_NOT_FOUND),
+       "PARCELON_COMPANY names no company fixture."},
+      {"no file", scratch + "/no-such-company.json", STG_E_FILENOTFOUND,
+       "Failed to load the company: " + scratch + "/no-such-company.json: cannot open the file"},
+      {"malformed fixture", malformed, HRESULT_FROM_WIN32(ERROR_INVALID_DATA),
+       "Failed to load the company: " + malformed +
+           ": line 1, column 14: syntax error while parsing value - unexpected end of input; "
+           "expected '[', '{', or a literal"},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.what);
+    parcelon::SetEnv("PARCELON_COMPANY", test.company.empty() ? nullptr : test.company.c_str());
+    std::remove((scratch + "/refhost-log/NALog.log").c_str());
+    void* factory = &factory;
+    EXPECT_EQ(test.expected,
+              getClassObject(parcelon::host::CLSID_LXAddIn, IidOf<IClassFactory>(), &factory));
+    EXPECT_EQ(nullptr, factory);
+    // The whole log: its time stamp line, then the entry.
+    std::string log = ReadText(scratch + "/refhost-log/NALog.log");
+    log.erase(std::remove(log.begin(), log.end(), '\r'), log.end());
+    char code[16];
+    std::snprintf(code, sizeof code, "0x%08lx", static_cast<unsigned long>(test.expected));
+    EXPECT_EQ("   " + test.logged + "  HRESULT=" + code + "\n", log.substr(log.find('\n') + 1));
+  }
+  parcelon::SetEnv("PARCELON_COMPANY", nullptr);
+}
+
 // A client that finds both servers through the registry alone: the component's classes from
 // parcelon.dll and the host's from refhost.dll, on the company PARCELON_COMPANY names.
 TEST_F(ClientTest, BothRegisteredServersRunTheWholeSend) {
@@ -258,11 +312,8 @@ TEST_F(ClientTest, BothRegisteredServersRunTheWholeSend) {
 
 // The host's server has class objects for the host's classes only.
 TEST(RefHostServer, HasClassObjectsOnlyForTheHostsClasses) {
-  HMODULE refhost = LoadLibraryA(PARCELON_REFHOST_MODULE_PATH);
-  ASSERT_TRUE(refhost);
-  const auto getClassObject = reinterpret_cast<GetClassObjectEntry>(
-      reinterpret_cast<void*>(GetProcAddress(refhost, "DllGetClassObject")));
-  ASSERT_TRUE(getClassObject);
+  const GetClassObjectEntry getClassObject = RefHostGetClassObject();
+  ASSERT_TRUE(getClassObject) << "cannot load " << PARCELON_REFHOST_MODULE_PATH;
   void* factory = &factory;
   EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
             getClassObject(CLSID_NA_Forms, IidOf<IClassFactory>(), &factory));

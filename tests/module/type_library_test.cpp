@@ -229,6 +229,126 @@ TEST(Dispatch, ReachesTheSessionsSecondChainByName) {
                                                    &none, nullptr, nullptr, nullptr));
 }
 
+// Calls a client may get wrong end in an HRESULT, through the dual interface and through the
+// session's second chain alike: missing or short argument arrays, named arguments, a put
+// without DISPID_PROPERTYPUT, wrong counts.
+TEST(Dispatch, MalformedCallsEndInAnHResult) {
+  ComApartment apartment;
+  const ComPtr<IDispatch> form = Created(CLSID_NA_Form);
+  const ComPtr<IDispatch> session = Created(CLSID_NA_Forms);
+  ASSERT_TRUE(form && session);
+  VARIANT arguments[2];
+  for (VARIANT& argument : arguments) {
+    VariantInit(&argument);
+    argument.vt = VT_BSTR;
+    argument.bstrVal = SysAllocString(L"x");
+  }
+  // SetResponseHeaderParamValue's value and name, both named: they reach the method, which has
+  // no form to give the message identifier to (and so logs nothing).
+  VARIANT header[2];
+  for (VARIANT& argument : header) VariantInit(&argument);
+  header[0].vt = header[1].vt = VT_BSTR;
+  header[0].bstrVal = SysAllocString(L"messageid=ATT000001 ; Path=/");
+  header[1].bstrVal = SysAllocString(L"Set-Cookie");
+  DISPID valueThenName[] = {1, 0};
+  DISPID putId = DISPID_PROPERTYPUT;
+  DISPID firstParameter = 0;
+  struct Case {
+    const char* what;
+    IDispatch* object;
+    const wchar_t* member;
+    WORD flags;
+    DISPPARAMS params;
+    bool nullParams;
+    HRESULT expected;
+  };
+  const Case cases[] = {
+      {"no parameters, dual", form.Get(), L"To", DISPATCH_PROPERTYGET, {}, true, E_INVALIDARG},
+      {"no parameters, chain", session.Get(), L"Initialize", DISPATCH_METHOD, {}, true,
+       E_INVALIDARG},
+      {"no argument array, dual", form.Get(), L"To", DISPATCH_PROPERTYPUT,
+       {nullptr, &putId, 1, 1}, false, E_INVALIDARG},
+      {"no argument array, chain", session.Get(), L"SetResponseHeaderParamValue",
+       DISPATCH_METHOD, {nullptr, nullptr, 2, 0}, false, E_INVALIDARG},
+      {"no named array, dual", form.Get(), L"To", DISPATCH_PROPERTYPUT,
+       {arguments, nullptr, 1, 1}, false, E_INVALIDARG},
+      {"no named array, chain", session.Get(), L"AuthParams", DISPATCH_PROPERTYPUT,
+       {arguments, nullptr, 2, 1}, false, E_INVALIDARG},
+      {"more named than arguments, dual", form.Get(), L"To", DISPATCH_PROPERTYPUT,
+       {arguments, &putId, 0, 1}, false, E_INVALIDARG},
+      {"more named than arguments, chain", session.Get(), L"AuthParams", DISPATCH_PROPERTYPUT,
+       {arguments, &putId, 0, 1}, false, E_INVALIDARG},
+      {"too few arguments, dual", form.Get(), L"AddAttachmentFile", DISPATCH_METHOD, {}, false,
+       DISP_E_BADPARAMCOUNT},
+      {"too few arguments, chain", session.Get(), L"SetResponseHeaderParamValue",
+       DISPATCH_METHOD, {arguments, nullptr, 1, 0}, false, DISP_E_BADPARAMCOUNT},
+      {"named argument, dual", form.Get(), L"AddAttachmentFile", DISPATCH_METHOD,
+       {arguments, &firstParameter, 1, 1}, false, S_OK},
+      {"named arguments, chain", session.Get(), L"SetResponseHeaderParamValue", DISPATCH_METHOD,
+       {header, valueThenName, 2, 2}, false, DISP_E_EXCEPTION},
+      {"put without its name, dual", form.Get(), L"To", DISPATCH_PROPERTYPUT,
+       {arguments, nullptr, 1, 0}, false, DISP_E_PARAMNOTFOUND},
+      {"put without its name, chain", session.Get(), L"AuthParams", DISPATCH_PROPERTYPUT,
+       {arguments, nullptr, 2, 0}, false, DISP_E_PARAMNOTFOUND},
+  };
+
+  for (const Case& test : cases) {
+    SCOPED_TRACE(test.what);
+    DISPPARAMS params = test.params;
+    VARIANT result;
+    VariantInit(&result);
+    EXCEPINFO exception{};
+    EXPECT_EQ(test.expected,
+              test.object->Invoke(IdOf(test.object, test.member), IID_NULL, 0, test.flags,
+                                  test.nullParams ? nullptr : &params, &result, &exception,
+                                  nullptr));
+    if (test.expected == DISP_E_EXCEPTION) {
+      EXPECT_EQ(E_UNEXPECTED, exception.scode);
+    }
+    VariantClear(&result);
+  }
+  for (VARIANT& argument : arguments) VariantClear(&argument);
+  for (VARIANT& argument : header) VariantClear(&argument);
+}
+
+// Names a client may get wrong: missing arrays, a null name, no names at all, a name neither
+// chain knows.
+TEST(Dispatch, MalformedNamesEndInAnHResult) {
+  ComApartment apartment;
+  for (const CLSID& clsid : {CLSID_NA_Form, CLSID_NA_Forms}) {
+    const ComPtr<IDispatch> object = Created(clsid);
+    ASSERT_TRUE(object);
+    OLECHAR unknown[] = L"NoSuchMember";
+    LPOLESTR unknownNames[] = {unknown};
+    LPOLESTR nullNames[] = {nullptr};
+    DISPID id = 7;
+    EXPECT_EQ(DISP_E_UNKNOWNNAME, object->GetIDsOfNames(IID_NULL, unknownNames, 1, 0, &id));
+    EXPECT_EQ(DISPID_UNKNOWN, id);
+    id = 7;
+    EXPECT_EQ(DISP_E_UNKNOWNNAME, object->GetIDsOfNames(IID_NULL, nullNames, 1, 0, &id));
+    EXPECT_EQ(DISPID_UNKNOWN, id);
+    EXPECT_EQ(E_INVALIDARG, object->GetIDsOfNames(IID_NULL, nullptr, 1, 0, &id));
+    EXPECT_EQ(E_INVALIDARG, object->GetIDsOfNames(IID_NULL, unknownNames, 1, 0, nullptr));
+    EXPECT_EQ(S_OK, object->GetIDsOfNames(IID_NULL, nullptr, 0, 0, nullptr));
+  }
+}
+
+// A member with a parameter name it does not have: the member's DISPID is given all the same,
+// from either chain of the session, and the unknown name's is DISPID_UNKNOWN.
+TEST(Dispatch, AnUnknownParameterNameLeavesTheMembersId) {
+  ComApartment apartment;
+  const ComPtr<IDispatch> session = Created(CLSID_NA_Forms);
+  ASSERT_TRUE(session);
+  for (const wchar_t* member : {L"RemoveAllForms", L"SetResponseHeaderParamValue"}) {
+    SCOPED_TRACE(Narrow(Bstr(member).Get()));
+    LPOLESTR names[] = {const_cast<LPOLESTR>(member), const_cast<LPOLESTR>(L"noSuchParameter")};
+    DISPID ids[2] = {7, 7};
+    EXPECT_EQ(DISP_E_UNKNOWNNAME, session->GetIDsOfNames(IID_NULL, names, 2, 0, ids));
+    EXPECT_EQ(IdOf(session.Get(), member), ids[0]);
+    EXPECT_EQ(DISPID_UNKNOWN, ids[1]);
+  }
+}
+
 // One function as a line
 
 // A type of the library as text, in the C++ terms of TypeText.
